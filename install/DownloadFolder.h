@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "catalogue/SoftwareModule.h"
+
+/// Where a module's files are kept while it is checked or installed.
+namespace DownloadFolder {
+
+/// Creates the folder where it is missing; a failure shows in the steps that need the folder.
+void Create();
+
+/// @return full path of the file `name` in the folder.
+std::wstring LocalPath(const std::wstring& name);
+
+/// Deletes the folder with everything in it, with a second try after a second.
+void Delete();
+
+}  // namespace DownloadFolder
+
+/// File kinds, told by the name (any case; anywhere in it).
+bool IsScript(const std::wstring& name);
+bool IsCabinet(const std::wstring& name);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <json/forwards.h>
+
+#include "catalogue/SoftwarePackage.h"
+
+/// Reads the service's JSON into catalogue records. Each throws Json::Exception when a member has
+/// the wrong type.
+namespace CatalogueJson {
+
+/// Reads an element of "swList": identifier and pre-install mark, not the modules.
+/// @param package out, what was read before a failure stays in it.
+void ReadTitle(const Json::Value& element, SoftwarePackage& package);
+
+/// @return the module of an element of "moduleList", still without files.
+SoftwareModule ReadModule(const Json::Value& element, const SoftwarePackage& title);
+
+/// @return the file of an element of "fileList".
+ModuleFile ReadFile(const Json::Value& element);
+
+}  // namespace CatalogueJson

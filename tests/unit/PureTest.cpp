@@ -1,0 +1,39 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+
+#include "catalogue/SoftwarePackage.h"
+#include "progress/Percentage.h"
+#include "service/RequestBody.h"
+
+TEST(Percentage, IsTruncatedAndDefinedForEveryTotal) {
+  constexpr int Indefinite = std::numeric_limits<int>::min();
+  const struct {
+    std::uint64_t transferred, total;
+    int percent;
+  } rows[] = {{1, 3, 33},         {2, 3, 66},         {3, 3, 100},
+              {0, 0, Indefinite}, {5, 0, Indefinite}, {UINT64_MAX, 1, Indefinite},
+              {0, UINT64_MAX, 0}, {150, 100, 150}};
+  for (const auto& row : rows) EXPECT_EQ(PercentageOf(row.transferred, row.total), row.percent);
+}
+
+TEST(RequestBody, JoinsMembersWithoutEscaping) {
+  EXPECT_EQ(RequestBody(L"entitlement").Text(L"deviceId", L"D\"1").Number(L"action", -1).Close(),
+            L"{\"type\":\"entitlement\",\"parameters\": { \"deviceId\":\"D\"1\",\"action\":-1}}");
+}
+
+TEST(Catalogue, CopiesAreDeepAndMovedFromPackagesAreEmpty) {
+  SoftwarePackage package;
+  package.l1FruPn = L"title";
+  package.progress = 7;
+  package.modules.emplace_back().files.emplace_back().name = L"a.cab";
+  SoftwarePackage copy = package;
+  copy.modules.front().files.front().name = L"b.cab";
+  EXPECT_EQ(package.modules.front().files.front().name, L"a.cab");
+  const SoftwarePackage moved = std::move(package);
+  EXPECT_TRUE(package.l1FruPn.empty());
+  EXPECT_TRUE(package.modules.empty());
+  EXPECT_EQ(package.progress, 7);
+  EXPECT_EQ(moved.modules.size(), 1U);
+}
