@@ -1,0 +1,53 @@
+#include "tools/tolmarctl/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace {
+
+constexpr unsigned int MaxSeconds = 7 * 24 * 3600;  ///< a week: fits a wait in milliseconds
+
+void AddSeconds(CLI::App* command, const std::string& name, Options& options,
+                const std::string& help) {
+  command->add_option(name, options.timeoutSeconds, help)->check(CLI::Range(1u, MaxSeconds));
+}
+
+void AddCommands(CLI::App& app, Options& options) {
+  app.add_subcommand("entitled", "ask whether the device is entitled to any title");
+  app.add_subcommand("list", "list the entitled titles");
+  CLI::App* status = app.add_subcommand("status", "tell which entitled titles are installed");
+  CLI::App* install = app.add_subcommand("install", "install the entitled titles");
+  for (CLI::App* command : {status, install}) {
+    command->add_flag("--preinstall-only", options.preinstallOnly, "titles for device set-up only");
+  }
+  AddSeconds(install, "--timeout", options, "cancel after this many seconds");
+  CLI::App* files = app.add_subcommand("files", "list the files of one module");
+  files->add_option("L1FRUPN", options.l1FruPn, "the title's part number")->required();
+  files->add_option("MODULEFRUPN", options.moduleFruPn, "the module's part number")->required();
+  CLI::App* configure = app.add_subcommand(
+      "configure", "announce that the device was configured, wait for pre-install");
+  AddSeconds(configure, "--timeout", options, "give up waiting after this many seconds (600)");
+  AddSeconds(app.add_subcommand("run", "stay resident until Ctrl-C"), "--for", options,
+             "end after this many seconds");
+}
+
+}  // namespace
+
+bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exitStatus) {
+  CLI::App app("Drives TolmarAgent.dll as a host would.", "tolmarctl");
+  app.set_version_flag("--version", TOLMARCTL_VERSION);
+  app.add_option("--config", options.config,
+                 "host configuration (else TOLMAR_HOST_CONFIG names it)");
+  app.add_flag("--json", options.json, "print one JSON object and nothing else");
+  app.require_subcommand(1);
+  AddCommands(app, options);
+  std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back.
+  try {
+    app.parse(arguments);
+  } catch (const CLI::ParseError& error) {
+    exitStatus = app.exit(error) == 0 ? 0 : 2;
+    return false;
+  }
+  options.command = app.get_subcommands().front()->get_name();
+  return true;
+}
