@@ -1,0 +1,108 @@
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+#include "tools/cloudsim/Catalogue.h"
+#include "tools/cloudsim/JsonNode.h"
+#include "tools/cloudsim/Listeners.h"
+#include "tools/cloudsim/Options.h"
+#include "tools/cloudsim/Service.h"
+
+namespace cloudsim {
+namespace {
+
+constexpr int ExitFailure = 1;
+constexpr int ExitUsage = 2;
+
+struct Offer {
+  Catalogue catalogue;
+  FaultList faults;
+};
+
+/// @throws DocumentError naming file and key.
+Offer LoadOffer(const std::string& fileName) {
+  std::ifstream stream(fileName, std::ios::binary);
+  if (!stream) throw DocumentError(fileName + ": cannot be read");
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  Json::Value root;
+  const std::string flaw = ParseStrict(text, root);
+  if (!flaw.empty()) throw DocumentError(fileName + ": " + flaw);
+  try {
+    const JsonNode node(root);
+    Offer offer{ReadCatalogue(node, std::filesystem::path(fileName).parent_path()), {}};
+    if (const auto faults = node.Find("faults")) {
+      offer.faults = ReadFaults(
+          *faults, [&](const std::string& name) { return offer.catalogue.HasFileNamed(name); });
+    }
+    return offer;
+  } catch (const DocumentError& error) {
+    throw DocumentError(fileName + ": " + error.what());
+  }
+}
+
+/// Whoever waits for the file never sees it half written.
+void WritePortFile(const std::string& fileName, int port) {
+  const std::string draft = fileName + ".new";
+  std::ofstream(draft) << port << "\n" << std::flush;
+  std::filesystem::rename(draft, fileName);
+}
+
+void Announce(const Options& options, const std::string& base, int port) {
+  if (!options.portFile.empty()) WritePortFile(options.portFile, port);
+  std::printf("cloudsim: listening on %s\n", base.c_str());
+  std::fflush(stdout);
+}
+
+/// Blocks the signals that end the program, for this thread and those that it starts.
+sigset_t BlockEndSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
+
+void Serve(const Options& options, Offer offer) {
+  const sigset_t signals = BlockEndSignals();
+  Listeners listeners(options.tls, options.port);
+  const std::string scheme = options.tls.certificate.empty() ? "http" : "https";
+  const std::string base = scheme + "://localhost:" + std::to_string(listeners.Port());
+  Service service(
+      std::move(offer.catalogue), std::move(offer.faults), options.realm, base,
+      {std::chrono::seconds(options.jwtSeconds), std::chrono::seconds(options.urlSeconds)});
+  for (const auto& server : listeners.Servers()) service.Register(*server);
+  // Connections already queue up; and nothing behind this can fail, which would leave threads.
+  Announce(options, base, listeners.Port());
+  listeners.Start();
+  int received = 0;
+  sigwait(&signals, &received);
+  service.Stop();
+  // Threads that sit on idle connections hold nothing that needs an orderly end.
+  if (!listeners.Stop()) std::_Exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+}  // namespace cloudsim
+
+int main(int argc, char** argv) {
+  using namespace cloudsim;
+  Options options;
+  int exitStatus = 0;
+  if (!ReadOptions(argc, argv, options, exitStatus)) return exitStatus;
+  try {
+    Serve(options, LoadOffer(options.catalogue));
+  } catch (const DocumentError& error) {
+    std::fprintf(stderr, "cloudsim: %s\n", error.what());
+    return ExitUsage;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "cloudsim: %s\n", error.what());
+    return ExitFailure;
+  }
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "tools/cloudsim/Listeners.h"
+
+namespace cloudsim {
+
+struct Options {
+  std::string catalogue;
+  int port = 0;
+  std::string portFile;
+  TlsFiles tls;
+  std::string realm = "demo";
+  int jwtSeconds = 3600;
+  int urlSeconds = 300;
+};
+
+/// Reads the command line. Prints help or the error itself.
+/// @param exitStatus out, when false is returned: 0 after help, 2 after an error.
+bool ReadOptions(int argc, char** argv, Options& options, int& exitStatus);
+
+}  // namespace cloudsim

@@ -1,0 +1,228 @@
+#include "tools/cloudsim/Service.h"
+
+#include <json/value.h>
+
+#include <utility>
+
+#include "tools/cloudsim/Answers.h"
+#include "tools/cloudsim/JsonNode.h"
+#include "tools/cloudsim/RequestTypes.h"
+
+namespace cloudsim {
+
+/// What goes back, before a fault touches its delivery.
+struct Service::Answer {
+  int status;
+  Contents contents;
+  httplib::Headers headers;
+};
+
+namespace {
+
+constexpr const char* JsonMediaType = "application/json";
+constexpr std::size_t MaxRawBody = 4096;  ///< bytes on record of a body that is not JSON
+
+Contents JsonContents(const Json::Value& value) {
+  return TextContents(CompactText(value), JsonMediaType);
+}
+
+Contents ErrorContents(const std::string& text) {
+  Json::Value error;
+  error["error"] = text;
+  return JsonContents(error);
+}
+
+Contents GarbageContents() { return TextContents("<garbage {\"result\": [", JsonMediaType); }
+
+Exchange ExchangeOf(const httplib::Request& request, std::string_view type) {
+  Exchange exchange;
+  exchange.method = request.method;
+  exchange.path = request.path;
+  const std::size_t mark = request.target.find('?');
+  if (mark != std::string::npos) exchange.query = WithoutSignature(request.target.substr(mark + 1));
+  exchange.type = type;
+  return exchange;
+}
+
+void KeepBody(const std::string& text, Exchange& exchange) {
+  if (!ParseStrict(text, exchange.body).empty()) exchange.rawBody = text.substr(0, MaxRawBody);
+}
+
+bool Has(const std::optional<Fault>& fault, FaultKind kind) { return fault && fault->Is(kind); }
+
+void Send(const httplib::Request& request, httplib::Response& response, int status,
+          const Contents& contents) {
+  // Parts of files are cut here (see RequestedSlice). The server would cut every body anew, and
+  // past its end; it offers no other way to keep it from that. The object itself is not constant.
+  const_cast<httplib::Request&>(request).ranges.clear();
+  Fill(response, status, contents);
+}
+
+}  // namespace
+
+Service::Service(Catalogue catalogue, FaultList faults, const std::string& realm,
+                 const std::string& base, Lifetimes lifetimes)
+    : _catalogue(std::move(catalogue)),
+      _tokens(_catalogue.sessionToken, realm, lifetimes.jwt),
+      _urls(base, lifetimes.url),
+      _faults(std::move(faults)) {}
+
+void Service::Register(httplib::Server& server) {
+  using Handler = void (Service::*)(const httplib::Request&, httplib::Response&);
+  const auto to = [this](Handler handler) {
+    return [this, handler](const auto& request, auto& response) {
+      (this->*handler)(request, response);
+    };
+  };
+  server.Get("/received", [this](const auto& request, auto& response) {
+    Send(request, response, 200, TextContents(_received.Text(), JsonMediaType));
+  });
+  server.Delete("/received", [this](const auto& request, auto& response) {
+    _received.Clear();
+    Send(request, response, 200, JsonContents(Json::objectValue));
+  });
+  server.Put("/faults", to(&Service::OnPutFaults));
+  server.Post("/token", to(&Service::OnToken));
+  server.Post("/mp/zlt/v2/([A-Za-z]+)", to(&Service::OnServiceRequest));
+  server.Get("/files/.*", to(&Service::OnFile));
+  server.Get(".*", to(&Service::OnUnknown));
+  server.Post(".*", to(&Service::OnUnknown));
+  server.Put(".*", to(&Service::OnUnknown));
+  server.Patch(".*", to(&Service::OnUnknown));
+  server.Delete(".*", to(&Service::OnUnknown));
+}
+
+void Service::Stop() {
+  {
+    const std::scoped_lock lock(_mutex);
+    _stopped = true;
+  }
+  _stopping.notify_all();
+}
+
+void Service::OnToken(const httplib::Request& request, httplib::Response& response) {
+  const std::optional<Fault> fault = _faults.Next(std::string(TokenType));
+  Exchange exchange = ExchangeOf(request, TokenType);
+  exchange.body = Json::objectValue;  // The body holds the token and nothing else.
+  Json::Value body;
+  const bool readable =
+      ParseStrict(request.body, body).empty() && body.isObject() && body["sessionToken"].isString();
+  exchange.authorised = readable && _tokens.IsSessionToken(body["sessionToken"].asString());
+  Answer answer{400, ErrorContents("the body must be {\"sessionToken\":\"...\"}"), {}};
+  if (exchange.authorised) {
+    Json::Value grant;
+    grant["jwt"] = _tokens.Issue();
+    answer = {200, JsonContents(grant), {}};
+  } else if (readable) {
+    answer = {401, ErrorContents("no such session token"), {}};
+  }
+  Deliver(request, response, std::move(exchange), std::move(answer), fault);
+}
+
+void Service::OnServiceRequest(const httplib::Request& request, httplib::Response& response) {
+  const std::string type = request.matches[1];
+  if (!IsServiceRequest(type)) return OnUnknown(request, response);
+  const std::optional<Fault> fault = _faults.Next(type);
+  Exchange exchange = ExchangeOf(request, type);
+  KeepBody(request.body, exchange);
+  exchange.authorised = _tokens.IsValid(request.get_header_value("token"));
+  Answer answer = AnswerToService(exchange, request.get_param_value("deviceId"), fault);
+  Deliver(request, response, std::move(exchange), std::move(answer), fault);
+}
+
+Service::Answer Service::AnswerToService(const Exchange& exchange, const std::string& deviceId,
+                                         const std::optional<Fault>& fault) {
+  if (!exchange.authorised) return {401, ErrorContents("no valid token"), {}};
+  if (exchange.rawBody) return {400, ErrorContents("the body is not JSON"), {}};
+  const std::string flaw = FaultOfBody(exchange.type, deviceId, exchange.body);
+  if (!flaw.empty()) return {400, ErrorContents(flaw), {}};
+  if (Has(fault, FaultKind::ResultCode)) {
+    return {200, JsonContents(BareAnswer(static_cast<int>(fault->value))), {}};
+  }
+  const ServiceRequest request{exchange.type, deviceId, exchange.body["parameters"]};
+  const bool expired = Has(fault, FaultKind::Expired);
+  return {200, JsonContents(AnswerTo(request, _catalogue, _urls, expired)), {}};
+}
+
+void Service::OnFile(const httplib::Request& request, httplib::Response& response) {
+  const CatalogueFile* file = _catalogue.FindFile(request.path);
+  std::optional<Fault> fault;
+  if (file != nullptr && request.method == "GET") {
+    fault = _faults.Next(std::string(FilePrefix) + file->name);
+  }
+  Exchange exchange = ExchangeOf(request, FileType);
+  exchange.authorised = !Has(fault, FaultKind::Expired) &&
+                        _urls.IsValid(request.path, request.get_param_value("expires"),
+                                      request.get_param_value("signature"));
+  Answer answer =
+      AnswerWithFile(request, file, exchange.authorised, Has(fault, FaultKind::Garbage));
+  Deliver(request, response, std::move(exchange), std::move(answer), fault);
+}
+
+Service::Answer Service::AnswerWithFile(const httplib::Request& request, const CatalogueFile* file,
+                                        bool authorised, bool garbage) {
+  if (!authorised || file == nullptr) {
+    return {403, ErrorContents("the address has expired or is not of this service"), {}};
+  }
+  const std::string tag = "\"" + file->crc + "\"";
+  const Slice slice = RequestedSlice(request, file->size, tag);
+  httplib::Headers headers{{"Accept-Ranges", "bytes"}, {"ETag", tag}};
+  const std::string size = std::to_string(file->size);
+  if (slice.status == 416) headers.emplace("Content-Range", "bytes */" + size);
+  if (slice.status == 206) {
+    headers.emplace("Content-Range", "bytes " + std::to_string(slice.offset) + "-" +
+                                         std::to_string(slice.offset + slice.length - 1) + "/" +
+                                         size);
+  }
+  return {slice.status, FileContents(*file, slice.offset, slice.length, garbage),
+          std::move(headers)};
+}
+
+void Service::OnUnknown(const httplib::Request& request, httplib::Response& response) {
+  Exchange exchange = ExchangeOf(request, UnknownType);
+  Deliver(request, response, std::move(exchange), {404, ErrorContents("no such path"), {}},
+          std::nullopt);
+}
+
+void Service::OnPutFaults(const httplib::Request& request, httplib::Response& response) {
+  Json::Value body;
+  std::string error = ParseStrict(request.body, body);
+  try {
+    if (error.empty()) {
+      _faults.Replace(ReadFaults(JsonNode(body, "faults"), [this](const std::string& name) {
+        return _catalogue.HasFileNamed(name);
+      }));
+    }
+  } catch (const DocumentError& flaw) {
+    error = flaw.what();
+  }
+  if (!error.empty()) return Send(request, response, 400, ErrorContents(error));
+  Send(request, response, 200, JsonContents(Json::objectValue));
+}
+
+void Service::Deliver(const httplib::Request& request, httplib::Response& response,
+                      Exchange exchange, Answer answer, const std::optional<Fault>& fault) {
+  if (Has(fault, FaultKind::Status)) {
+    answer = {static_cast<int>(fault->value), TextContents("", JsonMediaType), {}};
+  }
+  const bool isFile = exchange.type == FileType;  // A file's garbage comes from the file.
+  if (Has(fault, FaultKind::Garbage) && !isFile) answer.contents = GarbageContents();
+  if (Has(fault, FaultKind::DropAfter)) {
+    answer.contents =
+        BrokenAfter(std::move(answer.contents), static_cast<std::uint64_t>(fault->value));
+  }
+  exchange.status = answer.status;
+  _received.Add(exchange);
+  if (Has(fault, FaultKind::DelayMs)) {
+    WaitUnlessStopped(std::chrono::milliseconds(fault->value));
+  }
+  for (const auto& [name, value] : answer.headers) response.set_header(name, value);
+  Send(request, response, answer.status, answer.contents);
+}
+
+void Service::WaitUnlessStopped(std::chrono::milliseconds duration) {
+  std::unique_lock lock(_mutex);
+  _stopping.wait_for(lock, duration, [this] { return _stopped; });
+}
+
+}  // namespace cloudsim
