@@ -81,9 +81,8 @@ class TOLMAR_API TolmarAgent {
   /// Finds out for every title of the list whether it is installed, by the modules' check scripts,
   /// one thread a title.
   /// @param entitled in and out, an object with "swList" as `GetEntitledSoftware` gives it; each
-  /// element gets "status"
-  /// ("installed", "not installed", or "UnKnown" for a title left out) and "progress" ("0"). Not to
-  /// be touched by others meanwhile.
+  /// element gets "status" ("installed", "not installed", or "UnKnown" for a title left out) and
+  /// "progress" ("0"). Not to be touched by others meanwhile.
   /// @param handle in, an event that ends running check scripts (their titles then count as not
   /// installed); the agent keeps it as the newest caller handle, so it must stay open while
   /// anything is under way.
@@ -100,8 +99,8 @@ class TOLMAR_API TolmarAgent {
   /// Downloads and installs every title of the list, one after the other; calls wait for each
   /// other.
   /// @param document in and out, an object with "swList"; each title taken up gets "progress" ("0")
-  /// and "status"
-  /// ("installed" or "not installed"), a title whose file list was not to be had gets nothing.
+  /// and "status" ("installed" or "not installed"), a title whose file list was not to be had gets
+  /// nothing.
   /// @param cancelHandle in, an event: signalled, it stops downloads and the waiting for
   /// installers. With null no download gets past its first progress event.
   /// @param preinstallOnly in, true: only titles with "preinstallSw".

@@ -4,8 +4,8 @@ source scripts/common.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev libgtest-dev libjsoncpp-dev libssl-dev make
-  ninja-build openssl osslsigncode wine wine64 xz-utils)
+  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev make
+  ninja-build openssl osslsigncode wine wine64 xz-utils zlib1g-dev)
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
 LOGS=$DEPS/log

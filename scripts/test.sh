@@ -1,22 +1,105 @@
 #!/usr/bin/env bash
-# Compiles the agent for Windows and runs the tests of its pure parts natively.
-set -eu
-missing=$(dpkg-query -W -f '${db:Status-Abbrev} ${Package}\n' g++-mingw-w64-x86-64-posix g++ libjsoncpp-dev libgtest-dev 2>/dev/null | grep -c '^ii' || true)
-if [ "$missing" -ne 4 ]; then
-  apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-    g++-mingw-w64-x86-64-posix g++ libjsoncpp-dev libgtest-dev
-fi
-mkdir -p build/include
-ln -sfn /usr/include/jsoncpp/json build/include/json
-failed=0
-for source in agent/*.cpp catalogue/*.cpp install/*.cpp progress/*.cpp service/*.cpp; do
-  x86_64-w64-mingw32-g++-posix -std=c++20 -Wall -Wextra -Wshadow -Wconversion -Werror -I. \
-    -Ibuild/include '-DTOLMAR_API=__declspec(dllexport)' -fsyntax-only "$source" || failed=1
+# Runs the tests: ./dev test [--unit] [--filter GTEST_FILTER]. Last line: N passed, N failed.
+source scripts/common.sh
+unit_only=no
+filter='*'
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --unit) unit_only=yes ;;
+    --filter) filter=${2:?} && shift ;;
+    *) die "usage: ./dev test [--unit] [--filter GTEST_FILTER]" ;;
+  esac
+  shift
 done
-g++ -std=c++20 -Wall -Wextra -fsanitize=address,undefined -I. -DTOLMAR_API= tests/unit/PureTest.cpp \
-  service/RequestBody.cpp catalogue/*.cpp -lgtest -lgtest_main -o build/pure_tests
-build/pure_tests --gtest_brief=1 | tee build/pure_tests.log || failed=1
-passed=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) .*/\1/p' build/pure_tests.log)
-echo "${passed:-0} passed, $failed failed"
-exit "$failed"
+passed=0
+failed=0
+
+# check NAME COMMAND…: one check that has no tests of its own to count.
+check() {
+  local name=$1 log="$BUILD/log/check-${1// /-}.log"
+  shift
+  mkdir -p "$BUILD/log"
+  if "$@" >"$log" 2>&1; then
+    passed=$((passed + 1)) && echo "  $name: ok"
+  else
+    failed=$((failed + 1)) && echo "  $name: FAILED" && tail -n 30 "$log"
+  fi
+}
+
+# suite NAME COMMAND…: a GoogleTest program; its own counts are added. A program that dies counts as a failure.
+suite() {
+  local name=$1 log="$BUILD/log/test-${1// /-}.log" start=$SECONDS status=0 good bad
+  shift
+  mkdir -p "$BUILD/log"
+  "$@" --gtest_brief=1 "--gtest_filter=$filter" >"$log" 2>&1 </dev/null || status=$?
+  tr -d '\r' <"$log" >"$log.text"
+  good=$(sed -n 's/^\[  PASSED  \] \([0-9]*\) tests\{0,1\}\..*/\1/p' "$log.text")
+  bad=$(sed -n 's/^\[  FAILED  \] \([0-9]*\) tests\{0,1\}, listed below.*/\1/p' "$log.text")
+  [ "$status" -eq 0 ] || [ "${bad:-0}" -gt 0 ] || bad=1
+  passed=$((passed + ${good:-0}))
+  failed=$((failed + ${bad:-0}))
+  echo "  $name: ${good:-0} passed, ${bad:-0} failed ($((SECONDS - start)) s)"
+  grep '^| ' "$log.text" || true
+  [ "${bad:-0}" -eq 0 ] || tail -n 60 "$log.text"
+}
+
+# The DLL exports the class and the three records, nothing else.
+exports_are_the_api() {
+  local names foreign
+  names=$(x86_64-w64-mingw32-objdump -p "$BUILD/windows/bin/TolmarAgent.dll" |
+    sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '$NF ~ /^_Z/ { print $NF }' | c++filt)
+  [ -n "$names" ] || return 1
+  foreign=$(grep -vE '^(TolmarAgent|SoftwarePackage|SoftwareModule|ModuleFile)::' <<<"$names" || true)
+  echo "$foreign"
+  [ -z "$foreign" ] && grep -q '^TolmarAgent::GetInstance()$' <<<"$names"
+}
+
+version_resource_is_current() {
+  tr -d '\0' <"$BUILD/windows/bin/TolmarAgent.dll" | LC_ALL=C grep -qaF "FileVersion$(cat VERSION)"
+}
+
+readme_shows_the_example() {
+  diff <(sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d') examples/embed/Main.cpp
+}
+
+bash scripts/deps.sh
+echo "build"
+bash scripts/build.sh asan tsan windows native
+source scripts/lab.sh
+trap lab_down EXIT
+lab_up
+pki_make
+
+echo "checks"
+check "format" bash scripts/format.sh --check
+[ "$unit_only" = yes ] || check "clang-tidy" bash scripts/tidy.sh
+check "exported names" exports_are_the_api
+check "README's example" readme_shows_the_example
+check "version resource" version_resource_is_current
+
+echo "native lane"
+suite "agent, address and undefined sanitizers" "$BUILD/asan/bin/agent_unit_tests"
+suite "agent, thread sanitizer" setarch -R "$BUILD/tsan/bin/agent_unit_tests"
+suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
+suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
+suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
+
+echo "Windows lane"
+bin=$BUILD/windows/bin
+source tests/host/fixtures.sh
+host_fixtures "$BUILD/lab/fixtures" "$BUILD/lab/pki"
+export TOLMAR_FIXTURES="Z:${BUILD//\//\\}\\lab\\fixtures"
+suite "agent on Wine" lab_wine 120 "$bin/agent_unit_tests.exe"
+suite "reference host, portable, on Wine" lab_wine 120 "$bin/host_portable_tests.exe"
+suite "reference host on Wine" lab_wine 300 "$bin/host_windows_tests.exe"
+suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
+
+if [ "$unit_only" = no ]; then
+  echo "end to end"
+  source tests/e2e/fixtures.sh
+  e2e_fixtures "$BUILD/e2e"
+  suite "agent, host, cloud" env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "$BUILD/native/bin/e2e_tests"
+fi
+
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]

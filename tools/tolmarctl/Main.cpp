@@ -37,16 +37,14 @@ bool StartHost(const Options& options) {
 }
 
 /// Runs the command and shuts the agent down, whichever way the command ends. A cancelled run shuts
-/// it down at once, since only that ends the wait between two tries of a query.
+/// it down at once, since only that ends the wait between two tries of a query. The cancel event
+/// outlives the agent's work: the agent may hold it as its newest caller handle.
 Outcome RunWithAgent(const Options& options) {
   TolmarAgent& agent = *TolmarAgent::GetInstance();
   std::once_flag cleaned;
   const auto cleanUp = [&] { std::call_once(cleaned, [&] { agent.CleanUp(); }); };
-  Outcome outcome;
-  {
-    const CancelWatch cancel(options.timeoutSeconds, cleanUp);
-    outcome = RunCommand(agent, options, cancel.Event());
-  }
+  const CancelWatch cancel(options.timeoutSeconds, cleanUp);
+  const Outcome outcome = RunCommand(agent, options, cancel.Event());
   cleanUp();
   return outcome;
 }

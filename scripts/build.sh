@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Builds lanes: scripts/build.sh LANE…
+#   windows       the product and what runs under Wine, for Windows    -> build/windows/bin
+#   native        cloudsim and the programs around the lab             -> build/native/bin
+#   asan, tsan    unit tests under address+undefined / thread sanitizer -> build/asan/bin, build/tsan/bin
+source scripts/common.sh
+
+configure() {
+  local lane=$1
+  shift
+  [ -f "$BUILD/$lane/build.ninja" ] && return 0
+  step "configuring $lane" "$BUILD/log/configure-$lane.log" cmake -S . -B "$BUILD/$lane" -G Ninja "$@"
+}
+
+# make LANE TARGETS…: no targets, everything.
+make_lane() {
+  local lane=$1 targets=()
+  shift
+  [ $# -eq 0 ] || targets=(--target "$@")
+  step "building $lane" "$BUILD/log/build-$lane.log" cmake --build "$BUILD/$lane" "${targets[@]}"
+}
+
+sanitized() {
+  local lane=$1 flags=$2
+  shift 2
+  configure "$lane" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_FLAGS="-fsanitize=$flags -fno-sanitize-recover=all -fno-omit-frame-pointer"
+  make_lane "$lane" "$@"
+}
+
+for lane in "$@"; do
+  case "$lane" in
+    windows)
+      configure windows -DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-mingw.cmake
+      make_lane windows
+      ;;
+    native)
+      configure native -DCMAKE_BUILD_TYPE=Release
+      make_lane native cloudsim cloudsim_tests e2e_tests
+      ;;
+    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests ;;
+    tsan) sanitized tsan thread agent_unit_tests ;;
+    *) die "unknown lane: $lane" ;;
+  esac
+done

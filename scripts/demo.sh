@@ -1,0 +1,157 @@
+#!/usr/bin/env bash
+# Delivers three genuine Windows programs through the real agent DLL, over HTTPS, on this one machine.
+source scripts/common.sh
+DEMO=$BUILD/demo
+source scripts/lab.sh
+source scripts/demo-show.sh
+
+NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
+TOLMAR_DATA=$LAB_C/ProgramData/Tolmar
+CLOUD=
+CLOUD_URL=
+STEP=start
+
+finish() {
+  local status=$?
+  trap - EXIT
+  [ "$status" -eq 0 ] || show_failure
+  [ -z "$CLOUD" ] || kill "$CLOUD" 2>/dev/null || true
+  lab_down
+  exit "$status"
+}
+
+prepare() {
+  bash scripts/deps.sh
+  bash scripts/build.sh windows native
+  lab_up
+  step "signed packages" "$BUILD/log/packages.log" bash scripts/demo-packages.sh
+}
+
+# The PC as before the first delivery: no program, no registry value, no log.
+reset_pc() {
+  local title folder rest
+  while IFS='|' read -r title folder rest; do
+    rm -rf "${LAB_C:?}/Program Files/$folder"
+  done < <(programs)
+  rm -rf "$TOLMAR_DATA"
+  rm -f "$LAB_C/windows/temp/scriptrunner.log"
+  lab_wine 30 reg delete 'HKLM\Software\Corvan' /f >/dev/null 2>&1 || true
+}
+
+start_cloud() {
+  local token=$1 tries
+  jq --arg token "$token" '{sessionToken: $token} + .' demo/catalogue.json >"$DEMO/cloud/catalogue.json"
+  rm -f "$DEMO/port"
+  "$NATIVE_BIN/cloudsim" --catalogue "$DEMO/cloud/catalogue.json" --port 0 --port-file "$DEMO/port" \
+    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" --realm demo >"$DEMO/cloudsim.log" 2>&1 &
+  CLOUD=$!
+  for ((tries = 0; tries < 100; tries++)); do
+    if [ -s "$DEMO/port" ]; then
+      CLOUD_URL=https://localhost:$(tr -d '[:space:]' <"$DEMO/port")
+      return 0
+    fi
+    kill -0 "$CLOUD" 2>/dev/null || break
+    sleep 0.1
+  done
+  cat "$DEMO/cloudsim.log" >&2
+  return 1
+}
+
+# The session token and its like are for this run alone.
+configure_host() {
+  mkdir -p "$TOLMAR_DATA"
+  jq -n --arg url "$CLOUD_URL" --arg token "$1" --arg publisher "$(pki_thumbprint "$PKI/cs.crt")" '{
+    baseUrl: $url, realm: "demo", deviceId: "PC-0001", sessionToken: $token, tokenUrl: "\($url)/token",
+    registered: true, downloadFolder: "C:\\ProgramData\\Tolmar\\Download",
+    logFolder: "C:\\ProgramData\\Tolmar\\Log", requireSignedPackages: true,
+    trustedPublishers: [$publisher]}' >"$TOLMAR_DATA/host.json"
+  export TOLMAR_HOST_CONFIG='C:\ProgramData\Tolmar\host.json'
+}
+
+# tolmarctl SECONDS ARGUMENTS...: its output, in Unix lines.
+tolmarctl() {
+  lab_wine "$1" "$LAB_BIN/tolmarctl.exe" "${@:2}" | tr -d '\r'
+}
+
+# What the cloud service recorded, as JSON.
+received() {
+  curl -sS --fail --max-time 30 --cacert "$PKI/ca.crt" "$CLOUD_URL/received"
+}
+
+# What each title brings: title, folder, program, argument that makes it tell what it is.
+programs() {
+  echo 'T-ARCHIVER|Archiver|7za.exe|i'
+  echo 'T-RESOURCES|Resource Editor|rcedit-x64.exe|-h'
+  echo 'T-BUNDLER|Script Bundler|esbuild.exe|--version'
+}
+
+run_programs() {
+  local title folder program argument output
+  while IFS='|' read -r title folder program argument; do
+    output=$(lab_wine 60 "C:\\Program Files\\$folder\\$program" "$argument" | tr -d '\r')
+    printf '  %-24s%s\n' "$program $argument" "$(grep -m 1 . <<<"$output" | cut -c 1-70)"
+    RAN=$((RAN + 1))
+  done < <(programs)
+}
+
+begin() {
+  STEP=$1
+  echo "== $1"
+}
+
+trap finish EXIT
+trap 'exit 130' INT TERM
+
+begin "Preparing: dependencies, build, the lab's Windows, keys, packages"
+prepare
+reset_pc
+mkdir -p "$DEMO/cloud"
+SESSION_TOKEN=$(openssl rand -hex 24)
+
+begin "The cloud service starts"
+start_cloud "$SESSION_TOKEN"
+configure_host "$SESSION_TOKEN"
+echo "  $CLOUD_URL, $(jq '.titles | length' demo/catalogue.json) titles in its catalogue"
+
+begin "tolmarctl entitled"
+tolmarctl 120 --json entitled | show_entitled
+echo "  (Starting the agent asked the service already, and began the pre-install in the background:"
+echo "  the next command waits for it, as the PC's set-up does.)"
+
+begin "tolmarctl configure (the device is set up: pre-install titles only)"
+tolmarctl 150 --json configure --timeout 120 | show_titles preinstall
+
+begin "tolmarctl list"
+tolmarctl 120 --json list | show_titles
+
+begin "tolmarctl status"
+tolmarctl 180 --json status | show_titles
+
+begin "tolmarctl install (all titles, whether installed or not)"
+FROM=$(received | jq length)
+tolmarctl 400 install | show_progress
+TO=$(received | jq length)
+
+begin "tolmarctl status"
+tolmarctl 180 --json status | tee "$DEMO/status.json" | show_titles
+
+begin "The installed programs run"
+RAN=0
+run_programs
+
+begin "Registry: HKLM\\Software\\Corvan\\ZLT\\Entitlement"
+lab_wine 30 reg query 'HKLM\Software\Corvan\ZLT\Entitlement' /v Entitled | show_value
+
+begin "What the cloud service received"
+received | tee "$DEMO/received.json" | show_received "$FROM" "$TO"
+
+begin "The end of the agent's log"
+show_log 8
+echo "  (Every start looks after the pre-install titles too; a host that ends stops that look, whatever stage it is at.)"
+
+STEP="counting what is installed and ran"
+TITLES=$(jq '.titles | length' demo/catalogue.json)
+INSTALLED=$(jq '[.result.swList[] | select(.status == "installed")] | length' "$DEMO/status.json")
+echo
+echo "demo: $INSTALLED of $TITLES titles installed"
+[ "$INSTALLED" -eq "$TITLES" ] && [ "$RAN" -eq "$TITLES" ]

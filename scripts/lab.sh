@@ -1,0 +1,85 @@
+# A throw-away Windows PC made of Wine, in build/lab. Sourced behind scripts/common.sh.
+source scripts/pki.sh
+LAB=$BUILD/lab
+LAB_BIN=${LAB_BIN:-$BUILD/windows/bin}
+export WINEPREFIX=$LAB/prefix WINEDEBUG=-all
+export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+LAB_C=$WINEPREFIX/drive_c
+
+# lab_wine SECONDS PROGRAM ARGUMENTS...: runs a Windows program, with its exit status (8 bits of it).
+lab_wine() {
+  timeout --foreground -k 5 "$1" wine "${@:2}" </dev/null
+}
+
+# lab_down: ends everything that runs in the prefix, and its server.
+lab_down() {
+  unset LAB_RUNNING
+  [ -d "$WINEPREFIX" ] || return 0
+  wineserver -k >/dev/null 2>&1 || return 0
+  timeout 20 wineserver -w || wineserver -k9 || true
+}
+
+# The server stays up between programs: it is what makes their start quick.
+lab_boot() {
+  mkdir -p "$WINEPREFIX"
+  wineserver -p
+  timeout 180 wine wineboot >/dev/null 2>&1 </dev/null
+}
+
+lab_create() {
+  rm -rf "$WINEPREFIX" "$LAB/trust.stamp"
+  lab_boot
+}
+
+# PowerShell is not to be had here: the script runner takes its place, in this prefix alone.
+lab_install_runner() {
+  local folder=$LAB_C/windows/system32/WindowsPowerShell/v1.0
+  cmp -s "$LAB_BIN/scriptrunner.exe" "$folder/powershell.exe" && return 0
+  mkdir -p "$folder"
+  rm -f "$folder/powershell.exe"
+  cp "$LAB_BIN/scriptrunner.exe" "$folder/powershell.exe"
+}
+
+lab_trust() {
+  local root
+  root=$(pki_thumbprint "$PKI/ca.crt")
+  is_stamped "$LAB/trust.stamp" "$root" && return 0
+  lab_wine 60 "$LAB_BIN/labtrust.exe" "$PKI/ca.crt" >/dev/null || die "the lab's root was not accepted"
+  stamp "$LAB/trust.stamp" "$root"
+}
+
+# lab_up: the PC, ready. A server that another run left behind is ended first, with all that hangs
+# on it; a second call in the same script (or below it) finds the first one's.
+lab_up() {
+  local version
+  [ "${LAB_RUNNING:-}" != "$WINEPREFIX" ] || return 0
+  mkdir -p "$LAB"
+  pki_make
+  lab_down
+  version=$(wine --version)
+  if is_stamped "$LAB/prefix.stamp" "$version"; then
+    lab_boot || die "the lab does not start: remove build/lab"
+  else
+    step "the lab's Windows" "$BUILD/log/prefix.log" lab_create
+    stamp "$LAB/prefix.stamp" "$version"
+  fi
+  lab_install_runner
+  lab_trust
+  export LAB_RUNNING=$WINEPREFIX
+}
+
+# cab_make OUT.cab FOLDER: packs all files of the folder, under names relative to it.
+cab_make() {
+  local out
+  out=$(realpath -m "$1")
+  mkdir -p "$(dirname "$out")"
+  rm -f "$out"
+  (cd "$2" && find . -type f -printf '%P\0' | LC_ALL=C sort -z | xargs -0 gcab -c -z "$out") >/dev/null
+}
+
+# cab_sign IN.cab OUT.cab [CERTIFICATE KEY AUTHORITY]: signs a package, as the lab's publisher.
+cab_sign() {
+  rm -f "$2"
+  osslsigncode sign -h sha256 -certs "${3:-$PKI/cs.crt}" -key "${4:-$PKI/cs.key}" \
+    -ac "${5:-$PKI/ca.crt}" -in "$1" -out "$2" >/dev/null
+}
