@@ -1,0 +1,214 @@
+#include "tests/e2e/Lab.h"
+
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <json/reader.h>
+#include <json/writer.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  if (value == nullptr) throw std::runtime_error(std::string(name) + " is not set: use ./dev test");
+  return value;
+}
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteFile(const fs::path& path, const std::string& text) {
+  fs::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+Json::Value ParseText(const std::string& text) {
+  Json::Value root;
+  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+  return reader->parse(text.data(), text.data() + text.size(), &root, nullptr) ? root
+                                                                               : Json::Value();
+}
+
+/// Runs a command of the shell. @return its exit status.
+int Shell(const std::string& command, std::string& output) {
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) throw std::runtime_error("popen failed");
+  char buffer[4096];
+  for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    output.append(buffer, n);
+  const int status = pclose(pipe);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+Json::Value CatalogueOf(const std::vector<Title>& titles) {
+  Json::Value catalogue;
+  catalogue["sessionToken"] = "session-of-the-lab";
+  catalogue["titles"] = Json::arrayValue;
+  for (const Title& title : titles) {
+    Json::Value entry;
+    entry["l1FruPn"] = "T-" + title.name;
+    entry["name"] = title.name;
+    if (title.preinstall) entry["preinstallSw"] = true;
+    const std::vector<std::string> own{title.name};
+    for (const std::string& module : title.modules.empty() ? own : title.modules) {
+      Json::Value& added = entry["modules"].append(Json::objectValue);
+      added["moduleFruPn"] = "M-" + module;
+      added["files"].append(module + ".cab");
+      added["files"].append("check-" + module + ".ps1");
+    }
+    catalogue["titles"].append(entry);
+  }
+  return catalogue;
+}
+
+}  // namespace
+
+Lab::Lab(const std::vector<Title>& titles)
+    : _fixtures(Environment("E2E_FOLDER")),
+      _driveC(fs::path(Environment("WINEPREFIX")) / "drive_c"),
+      _folder(_fixtures / "run") {
+  fs::remove_all(_folder);
+  fs::remove_all(_driveC / "lab");
+  fs::create_directories(_folder);
+  StartCloud(CatalogueOf(titles));
+  const std::string base = "https://localhost:" + std::to_string(_port);
+  _configuration["baseUrl"] = base;
+  _configuration["realm"] = "lab";
+  _configuration["deviceId"] = "PC-0001";
+  _configuration["sessionToken"] = "session-of-the-lab";
+  _configuration["tokenUrl"] = base + "/token";
+  _configuration["downloadFolder"] = "C:\\lab\\download";
+  _configuration["logFolder"] = "C:\\lab\\log";
+  _configuration["retryWaitScale"] = 0.001;
+}
+
+Lab::~Lab() {
+  if (_cloud <= 0) return;
+  kill(_cloud, SIGTERM);
+  waitpid(_cloud, nullptr, 0);
+}
+
+void Lab::StartCloud(const Json::Value& catalogue) {
+  const fs::path portFile = _folder / "port";
+  WriteFile(_fixtures / "catalogue.json",
+            Json::writeString(Json::StreamWriterBuilder(), catalogue));
+  const std::string pki = (_fixtures.parent_path() / "lab" / "pki").string();
+  const std::vector<std::string> words{CLOUDSIM_PROGRAM,
+                                       "--catalogue",
+                                       (_fixtures / "catalogue.json").string(),
+                                       "--port",
+                                       "0",
+                                       "--port-file",
+                                       portFile.string(),
+                                       "--tls-cert",
+                                       pki + "/tls.crt",
+                                       "--tls-key",
+                                       pki + "/tls.key"};
+  _cloud = fork();
+  if (_cloud == 0) {
+    std::vector<char*> argv;
+    for (const std::string& word : words) argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    std::freopen((_folder / "cloudsim.log").c_str(), "w", stdout);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  for (int tries = 0; tries < 500 && _port == 0; ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::ifstream(portFile) >> _port;
+  }
+  if (_port == 0) throw std::runtime_error("the simulator did not start");
+}
+
+Json::Value Lab::Ask(const std::string& path) {
+  httplib::SSLClient client("localhost", _port);
+  client.enable_server_certificate_verification(false);
+  const auto reply = client.Get(path.c_str());
+  return reply ? ParseText(reply->body) : Json::Value();
+}
+
+void Lab::Fault(const std::string& json) {
+  _faults.append(ParseText(json));
+  httplib::SSLClient client("localhost", _port);
+  client.enable_server_certificate_verification(false);
+  const auto reply = client.Put("/faults", Json::writeString(Json::StreamWriterBuilder(), _faults),
+                                "application/json");
+  if (!reply || reply->status != 200) throw std::runtime_error("the fault was not taken");
+}
+
+void Lab::WriteConfiguration() const {
+  WriteFile(_folder / "host.json", Json::writeString(Json::StreamWriterBuilder(), _configuration));
+}
+
+RunResult Lab::Run(const std::string& arguments, int seconds) {
+  WriteConfiguration();
+  const fs::path errors = _folder / "stderr";
+  RunResult result;
+  result.exitStatus =
+      Shell("timeout " + std::to_string(seconds) + " wine '" + Environment("E2E_BIN") +
+                "/tolmarctl.exe' --config 'Z:" + (_folder / "host.json").string() + "' --json " +
+                arguments + " 2>'" + errors.string() + "' </dev/null",
+            result.output);
+  result.errors = ReadFile(errors);
+  result.json = ParseText(result.output);
+  return result;
+}
+
+std::vector<std::string> Lab::ReceivedTypes() {
+  std::vector<std::string> types;
+  for (const Json::Value& record : Ask("/received")) {
+    const std::string type = record["type"].asString();
+    const std::string path = record["path"].asString();
+    if (record["method"].asString() == "HEAD" || type == "token") continue;
+    types.push_back(path.starts_with("/files/") ? "file " + fs::path(path).filename().string()
+                                                : type);
+  }
+  return types;
+}
+
+std::vector<Json::Value> Lab::Received(const std::string& type) {
+  std::vector<Json::Value> found;
+  for (const Json::Value& record : Ask("/received")) {
+    if (record["type"].asString() == type) found.push_back(record);
+  }
+  return found;
+}
+
+std::string Lab::LogText(const std::string& name) const {
+  return ReadFile(_driveC / "lab" / "log" / name);
+}
+
+bool Lab::IsInstalled(const std::string& title) const {
+  return fs::exists(_driveC / "lab" / "e2e" / title / "payload.bin");
+}
+
+std::string Lab::EntitledValue() const {
+  std::string output;
+  Shell(
+      "timeout 30 wine reg query 'HKLM\\Software\\Corvan\\ZLT\\Entitlement' /v Entitled "
+      "2>/dev/null </dev/null",
+      output);
+  const std::size_t at = output.find("0x");
+  return at == std::string::npos ? "" : output.substr(at, 3);
+}
+
+std::string StatusOf(const RunResult& run, const std::string& title) {
+  for (const Json::Value& entry : run.json["result"]["swList"]) {
+    if (entry["l1FruPn"].asString() == "T-" + title) return entry["status"].asString();
+  }
+  return {};
+}

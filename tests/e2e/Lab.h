@@ -1,0 +1,72 @@
+#pragma once
+
+#include <json/value.h>
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What a run of tolmarctl came to.
+struct RunResult {
+  int exitStatus = -1;  ///< 124: it did not end within the test's time
+  std::string output;
+  std::string errors;
+  Json::Value json;  ///< `output` parsed; null when it is no JSON
+};
+
+/// One title that the simulator offers. Its package and check script come from fixtures.sh.
+struct Title {
+  std::string name;  ///< name of its fixture; part number is "T-" + name
+  bool preinstall = false;
+  std::vector<std::string> modules;  ///< fixtures of its modules; empty: one, the title's own
+};
+
+/// A clean device and a simulator of its own for one test: nothing installed, no logs, no
+/// downloads.
+class Lab {
+ public:
+  explicit Lab(const std::vector<Title>& titles);
+  ~Lab();
+  Lab(const Lab&) = delete;
+  Lab& operator=(const Lab&) = delete;
+
+  /// Orders a fault from the simulator (JSON text of one fault).
+  void Fault(const std::string& json);
+
+  /// The device's configuration, written anew before each run.
+  Json::Value& Configuration() { return _configuration; }
+
+  /// Runs tolmarctl --json with the arguments. @param seconds in, how long it may take.
+  RunResult Run(const std::string& arguments, int seconds = 60);
+
+  /// @return the types of the requests that the simulator received, in order; files as "file NAME".
+  std::vector<std::string> ReceivedTypes();
+  /// @return all records of one type.
+  std::vector<Json::Value> Received(const std::string& type);
+
+  /// @return text of a log file of the device, empty when there is none.
+  std::string LogText(const std::string& name) const;
+
+  bool IsInstalled(const std::string& title) const;
+  std::filesystem::path DriveC() const { return _driveC; }
+
+  /// @return what the registry holds as "Entitled": "0x1", "0x0", or empty.
+  std::string EntitledValue() const;
+
+ private:
+  void StartCloud(const Json::Value& catalogue);
+  void WriteConfiguration() const;
+  Json::Value Ask(const std::string& path);
+
+  std::filesystem::path _fixtures;
+  std::filesystem::path _driveC;
+  std::filesystem::path _folder;
+  Json::Value _configuration;
+  Json::Value _faults{Json::arrayValue};
+  pid_t _cloud = -1;
+  int _port = 0;
+};
+
+/// @return status of a title in a document with "swList", empty when it has none.
+std::string StatusOf(const RunResult& run, const std::string& title);
