@@ -10,7 +10,8 @@ class ZLT_API FileSystem {
   /// Creates a folder and its missing parents.
   /// @param restricted in, true: the folder itself is created with access for administrators and
   /// SYSTEM only.
-  /// @return true when the folder exists afterwards.
+  /// @return true when the folder exists afterwards. A restricted folder is not one when a link
+  /// stands in its place.
   static bool createDirectory(const std::wstring& path, bool restricted);
 
   /// @return true when `path` names an existing file (not a folder).

@@ -7,7 +7,8 @@
 namespace ZLT {
 
 /// A log file of the suite. Closed until `utility::InitLog` has opened it; a line written to a
-/// closed log is dropped. Every operation may be called from any thread at any time.
+/// closed log is dropped. Tokens and the queries of URLs are left out of what is written. Every
+/// operation may be called from any thread at any time.
 class ZLT_API Log {
  public:
   Log();

@@ -13,8 +13,8 @@ struct Configuration {
   std::string sessionToken;
   std::string tokenUrl;
   bool registered = true;
-  std::wstring downloadFolder;  ///< no trailing backslash
-  std::wstring logFolder;       ///< no trailing backslash
+  std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
+  std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;
   std::vector<std::string> trustedPublishers;  ///< SHA-256 thumbprints, 64 lower-case hex digits
   unsigned int processTimeoutSeconds = 600;    ///< for programs that are run to their end
@@ -28,7 +28,8 @@ struct Configuration {
 std::string ParseConfiguration(const std::string& fileName, const std::string& json,
                                Configuration& configuration);
 
-/// @return the process's configuration, read once; null when there is none that is usable.
+/// @return the process's configuration, complete with its defaults, read once; null when there is
+/// none that is usable.
 const Configuration* GetConfiguration();
 
 }  // namespace refhost

@@ -1,0 +1,36 @@
+#include "host/common/ApiUtility.h"
+
+#include <mutex>
+#include <random>
+
+#include "reference_host/common/Configuration.h"
+#include "reference_host/common/RetryWait.h"
+
+namespace {
+
+/// @return a number from 0 to 1. Each process has a sequence of its own: devices that were started
+/// by the same event must not wait in step.
+double Random() {
+  static std::mutex mutex;
+  static std::mt19937_64 engine{std::random_device{}()};
+  const std::scoped_lock lock(mutex);
+  return std::uniform_real_distribution<double>(0, 1)(engine);
+}
+
+double WaitScale() {
+  const refhost::Configuration* configuration = refhost::GetConfiguration();
+  return configuration != nullptr ? configuration->retryWaitScale : 1.0;
+}
+
+}  // namespace
+
+namespace ZLT {
+
+unsigned int ApiUtility::GetSleepDurationInMillis(const int& retryCount, const int& minSeconds,
+                                                  const int& maxSeconds) {
+  const unsigned int wait =
+      refhost::RetryWaitMilliseconds(retryCount, minSeconds, maxSeconds, Random());
+  return static_cast<unsigned int>(wait * WaitScale());
+}
+
+}  // namespace ZLT

@@ -1,0 +1,78 @@
+#include "reference_host/common/BitsFailure.h"
+
+namespace refhost {
+
+namespace {
+
+/// The upper halves of codes that stand for HTTP statuses and for system errors.
+constexpr std::uint32_t HttpFacility = 0x80190000;
+constexpr std::uint32_t SystemFacility = 0x80070000;
+
+/// @return the lower half of a code of that facility, 0 of any other.
+std::uint32_t NumberIn(std::uint32_t facility, HRESULT code) {
+  const auto number = static_cast<std::uint32_t>(code);
+  return (number & 0xFFFF0000) == facility ? number & 0xFFFF : 0;
+}
+
+bool IsTransientStatus(std::uint32_t status) {
+  return status == 408 || status == 429 || status >= 500;
+}
+
+std::wstring SystemText(HRESULT code) {
+  wchar_t text[256];
+  const DWORD length =
+      FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                     static_cast<DWORD>(code), 0, text, ARRAYSIZE(text), nullptr);
+  const std::wstring found(text, length);
+  return found.substr(0, found.find_last_not_of(L"\r\n. ") + 1);
+}
+
+/// @return null for codes that are not this service's own.
+const wchar_t* OwnText(HRESULT code) {
+  switch (code) {
+    case TruncatedFile:
+      return L"the file ended before its announced length";
+    case OverlongFile:
+      return L"the file is longer than announced";
+    case OtherAnswer:
+      return L"the server answered with something of another length than the file's";
+    case TooLargeFile:
+      return L"the file is larger than any package may be";
+    case NoBytesInTime:
+      return L"no bytes arrived in time";
+    case EndedByOthers:
+      return L"the job was ended by somebody else";
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+bool IsTransient(const BitsFailure& failure) {
+  if (const auto status = NumberIn(HttpFacility, failure.code)) return IsTransientStatus(status);
+  switch (failure.code) {
+    case OtherAnswer:
+      return true;
+    case TooLargeFile:
+    case NoBytesInTime:
+      return false;
+    default:
+      return failure.context == BG_ERROR_CONTEXT_GENERAL_TRANSPORT ||
+             failure.context == BG_ERROR_CONTEXT_UNKNOWN;
+  }
+}
+
+std::wstring DescriptionOf(HRESULT code) {
+  if (const auto status = NumberIn(HttpFacility, code)) {
+    return L"the server answered with HTTP status " + std::to_wstring(status);
+  }
+  if (const auto error = NumberIn(SystemFacility, code); error >= 12000 && error < 13000) {
+    return L"the server was not reached, error " + std::to_wstring(error);
+  }
+  if (const wchar_t* text = OwnText(code)) return text;
+  const std::wstring text = SystemText(code);
+  return text.empty() ? L"no description is available" : text;
+}
+
+}  // namespace refhost

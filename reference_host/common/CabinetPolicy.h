@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace refhost {
+
+/// What a look at a package's signature found.
+struct SignatureFindings {
+  bool present = false;
+  std::string fault;       ///< why the signature is not valid, empty when it is
+  std::string thumbprint;  ///< SHA-256 of the signing certificate, 64 lower-case hex digits
+};
+
+/// Which packages may be installed.
+struct PackagePolicy {
+  bool requireSigned = true;
+  std::vector<std::string> trustedPublishers;  ///< thumbprints; empty: every valid signature
+};
+
+/// Pure.
+/// @return why the package is refused (a phrase for a log line), empty when it may be unpacked. A
+/// signature that is there must be valid, whether or not one is required.
+std::string RefusalOfPackage(const PackagePolicy& policy, const SignatureFindings& findings);
+
+}  // namespace refhost

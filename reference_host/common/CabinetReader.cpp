@@ -1,0 +1,195 @@
+#include "reference_host/common/CabinetReader.h"
+
+// Behind windows.h, whose types it needs.
+#include <fcntl.h>
+#include <fdi.h>
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+#include "host/common/FileSystem.h"
+#include "host/common/Text.h"
+#include "reference_host/common/Handle.h"
+
+namespace refhost {
+
+namespace {
+
+/// What the decoder reads from or writes to: a place in the one open cabinet, or a new file.
+struct Stream {
+  const CabinetFile* cabinet = nullptr;
+  Handle output;
+  std::uint64_t position = 0;
+  std::uint64_t room = 0;  ///< bytes that may still be written
+};
+
+/// The decoder opens "the file" by itself, with nothing but a name: it gets this thread's cabinet.
+thread_local const CabinetFile* t_cabinet = nullptr;
+
+Stream* AsStream(INT_PTR handle) { return reinterpret_cast<Stream*>(handle); }
+
+INT_PTR AsHandle(std::unique_ptr<Stream> stream) {
+  return reinterpret_cast<INT_PTR>(stream.release());
+}
+
+void* DIAMONDAPI Allocate(ULONG size) { return ::operator new(size, std::nothrow); }
+void DIAMONDAPI Free(void* memory) { ::operator delete(memory); }
+
+INT_PTR DIAMONDAPI Open(char*, int, int) {
+  std::unique_ptr<Stream> stream(new (std::nothrow) Stream);
+  if (!stream) return -1;
+  stream->cabinet = t_cabinet;
+  return AsHandle(std::move(stream));
+}
+
+UINT DIAMONDAPI Read(INT_PTR handle, void* buffer, UINT length) {
+  Stream* stream = AsStream(handle);
+  if (stream->cabinet == nullptr) return static_cast<UINT>(-1);
+  const std::uint32_t read = stream->cabinet->ReadAt(stream->position, buffer, length);
+  stream->position += read;
+  return read;
+}
+
+UINT DIAMONDAPI Write(INT_PTR handle, void* buffer, UINT length) {
+  Stream* stream = AsStream(handle);
+  DWORD written = 0;
+  if (length > stream->room ||
+      !WriteFile(stream->output.Get(), buffer, length, &written, nullptr)) {
+    return static_cast<UINT>(-1);
+  }
+  stream->room -= written;
+  return written;
+}
+
+int DIAMONDAPI Close(INT_PTR handle) {
+  delete AsStream(handle);
+  return 0;
+}
+
+long DIAMONDAPI Seek(INT_PTR handle, long distance, int origin) {
+  Stream* stream = AsStream(handle);
+  if (stream->cabinet == nullptr) return -1;
+  std::uint64_t base = 0;
+  if (origin == SEEK_CUR) base = stream->position;
+  if (origin == SEEK_END) base = stream->cabinet->Size();
+  stream->position = base + static_cast<std::uint64_t>(std::int64_t{distance});
+  return static_cast<long>(stream->position);
+}
+
+std::wstring NameOf(const FDINOTIFICATION& notice) {
+  if ((notice.attribs & _A_NAME_IS_UTF) != 0) return ZLT::String::UTF8ToUTF16(notice.psz1);
+  std::wstring name(std::char_traits<char>::length(notice.psz1), L'\0');
+  const int length = static_cast<int>(name.size());
+  name.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(CP_ACP, 0, notice.psz1, length, name.data(), length)));
+  return name;
+}
+
+/// What is done with the members of one pass through the cabinet.
+class Pass {
+ public:
+  virtual ~Pass() = default;
+  /// @return what `fdintCOPY_FILE` is answered with: 0 to skip the member, or a stream's handle.
+  virtual INT_PTR Take(CabinetMember member) = 0;
+
+  std::string fault;  ///< why the pass was ended from this side
+};
+
+class ListingPass : public Pass {
+ public:
+  INT_PTR Take(CabinetMember member) override {
+    members.push_back(std::move(member));
+    return 0;
+  }
+
+  std::vector<CabinetMember> members;
+};
+
+class UnpackingPass : public Pass {
+ public:
+  explicit UnpackingPass(const std::wstring& folder) : _folder(folder) {}
+
+  INT_PTR Take(CabinetMember member) override {
+    std::replace(member.name.begin(), member.name.end(), L'/', L'\\');
+    const std::wstring path = _folder + L"\\" + member.name;
+    CreateFolderOf(path);
+    auto stream = std::make_unique<Stream>();
+    stream->room = member.size;
+    stream->output = Handle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!stream->output) {
+      throw std::runtime_error("cannot create " + ZLT::String::UTF16ToUTF8(member.name) +
+                               ", error " + std::to_string(GetLastError()));
+    }
+    return AsHandle(std::move(stream));
+  }
+
+ private:
+  void CreateFolderOf(const std::wstring& path) {
+    const std::wstring folder = path.substr(0, path.rfind(L'\\'));
+    if (folder != _folder) FileSystem::createDirectory(folder, false);
+  }
+
+  std::wstring _folder;
+};
+
+INT_PTR Notice(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notice, Pass& pass) {
+  switch (type) {
+    case fdintCOPY_FILE:
+      return pass.Take({NameOf(*notice), static_cast<std::uint32_t>(notice->cb)});
+    case fdintCLOSE_FILE_INFO:
+      Close(notice->hf);
+      return TRUE;
+    case fdintPARTIAL_FILE:
+    case fdintNEXT_CABINET:
+      throw std::runtime_error("it continues in another cabinet");
+    default:
+      return 0;
+  }
+}
+
+/// The decoder is C: no exception may pass through it.
+INT_PTR DIAMONDAPI OnNotice(FDINOTIFICATIONTYPE type, FDINOTIFICATION* notice) {
+  Pass& pass = *static_cast<Pass*>(notice->pv);
+  try {
+    return Notice(type, notice, pass);
+  } catch (const std::exception& exception) {
+    pass.fault = exception.what();
+  } catch (...) {
+    pass.fault = "unknown error";
+  }
+  return -1;
+}
+
+void Run(const CabinetFile& cabinet, Pass& pass) {
+  ERF error{};
+  const std::unique_ptr<void, decltype(&FDIDestroy)> decoder(
+      FDICreate(Allocate, Free, Open, Read, Write, Close, Seek, cpuUNKNOWN, &error), FDIDestroy);
+  if (!decoder) throw std::runtime_error("the cabinet decoder cannot be started");
+  t_cabinet = &cabinet;
+  char name[] = "package", folder[] = "";
+  const BOOL done = FDICopy(decoder.get(), name, folder, 0, OnNotice, nullptr, &pass);
+  t_cabinet = nullptr;
+  if (!pass.fault.empty())
+    throw std::runtime_error("the package cannot be unpacked: " + pass.fault);
+  if (!done) {
+    throw std::runtime_error("the package is corrupt, decoder's error " +
+                             std::to_string(error.erfOper));
+  }
+}
+
+}  // namespace
+
+std::vector<CabinetMember> ListMembers(const CabinetFile& cabinet) {
+  ListingPass pass;
+  Run(cabinet, pass);
+  return std::move(pass.members);
+}
+
+void UnpackMembers(const CabinetFile& cabinet, const std::wstring& folder) {
+  UnpackingPass pass(folder);
+  Run(cabinet, pass);
+}
+
+}  // namespace refhost

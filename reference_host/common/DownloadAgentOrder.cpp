@@ -1,0 +1,34 @@
+#include "reference_host/common/DownloadAgentOrder.h"
+
+#include "host/common/Text.h"
+#include "reference_host/common/MemberName.h"
+#include "reference_host/common/Url.h"
+
+namespace refhost {
+
+namespace {
+
+bool StartsWith(const std::wstring& path, const std::wstring& folder) {
+  const int length = static_cast<int>(folder.size());
+  return path.size() > folder.size() &&
+         CompareStringOrdinal(path.c_str(), length, folder.c_str(), length, TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstring& folder) {
+  MemberNames names;
+  for (const auto& [url, path] : files) {
+    if (!IsAllowedUrl(url)) {
+      return WithoutQuery(url) + L" is refused: neither https nor a loopback address";
+    }
+    if (!StartsWith(path, folder + L"\\")) {
+      return path + L" is refused: it is not below the download folder";
+    }
+    const std::string refusal = names.Add(path.substr(folder.size() + 1));
+    if (!refusal.empty()) return path + L" is refused: " + ZLT::String::UTF8ToUTF16(refusal);
+  }
+  return {};
+}
+
+}  // namespace refhost

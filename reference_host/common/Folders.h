@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace refhost {
+
+/// Where downloads and logs go on a machine that configures nothing else: "Tolmar\Downloads" and
+/// "Tolmar\Logs" below the machine's ProgramData folder. No trailing backslash.
+std::wstring DefaultDownloadFolder();
+std::wstring DefaultLogFolder();
+
+/// Where they go on this machine: the configured folders, without a configuration the default ones.
+std::wstring DownloadFolder();
+std::wstring LogFolder();
+
+}  // namespace refhost

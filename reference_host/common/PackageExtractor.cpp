@@ -1,0 +1,88 @@
+#include "host/common/PackageExtractor.h"
+
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "host/common/FileSystem.h"
+#include "host/common/Log.h"
+#include "host/common/Text.h"
+#include "reference_host/common/CabinetFile.h"
+#include "reference_host/common/CabinetReader.h"
+#include "reference_host/common/CabinetSignature.h"
+#include "reference_host/common/Configuration.h"
+#include "reference_host/common/MemberName.h"
+
+using namespace refhost;
+
+namespace {
+
+/// A package that unpacks to more is taken for a trap.
+constexpr std::uint64_t MaxUnpackedBytes = 4ull << 30;
+
+constexpr int MaxFolderNumber = 1000;
+
+/// Without a usable configuration nothing is taken on trust.
+PackagePolicy Policy() {
+  const Configuration* configuration = GetConfiguration();
+  if (configuration == nullptr) return {};
+  return {configuration->requireSignedPackages, configuration->trustedPublishers};
+}
+
+/// Judges all members before the first is written.
+void CheckMembers(const CabinetFile& cabinet) {
+  MemberNames names;
+  std::uint64_t total = 0;
+  for (const CabinetMember& member : ListMembers(cabinet)) {
+    const std::string refusal = names.Add(member.name);
+    if (!refusal.empty()) {
+      throw std::runtime_error("the package holds a member that is refused (" + refusal +
+                               "): " + ZLT::String::UTF16ToUTF8(member.name));
+    }
+    total += member.size;
+    if (total > MaxUnpackedBytes) throw std::runtime_error("the package unpacks to too many bytes");
+  }
+}
+
+/// @return the package's path without its extension, and without what must not end a folder's name.
+std::wstring FolderStem(const std::wstring& cabPath) {
+  const std::size_t nameStart = cabPath.size() - FileSystem::getFileName(cabPath).size();
+  std::wstring stem = cabPath.substr(nameStart);
+  stem = stem.substr(0, stem.rfind(L'.'));
+  stem.erase(stem.find_last_not_of(L". ") + 1);
+  return cabPath.substr(0, nameStart) + (stem.empty() ? L"package" : stem);
+}
+
+/// Never takes over a folder that is there: somebody else may have put things into it.
+std::wstring CreateFolderBeside(const std::wstring& cabPath) {
+  const std::wstring stem = FolderStem(cabPath);
+  std::wstring folder = stem;
+  for (int number = 2; number <= MaxFolderNumber; ++number) {
+    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
+    if (GetLastError() != ERROR_ALREADY_EXISTS) break;
+    folder = stem + L"-" + std::to_wstring(number);
+  }
+  throw std::runtime_error("the package's folder cannot be created, error " +
+                           std::to_string(GetLastError()));
+}
+
+}  // namespace
+
+std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
+  const CabinetFile cabinet(cabPath);
+  const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
+  if (!refusal.empty()) {
+    g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
+            String::UTF8ToUTF16(refusal).c_str());
+    return {};
+  }
+  CheckMembers(cabinet);
+  const std::wstring folder = CreateFolderBeside(cabPath);
+  try {
+    UnpackMembers(cabinet, folder);
+  } catch (...) {
+    FileSystem::deleteDirectoryOrFile(folder, true);
+    throw;
+  }
+  return folder;
+}

@@ -1,0 +1,88 @@
+#include "reference_host/common/ProcessStart.h"
+
+#include <vector>
+
+namespace refhost {
+
+namespace {
+
+/// The null device, both ways, for a child to inherit.
+Handle OpenNull() {
+  SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  return Handle(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE, &inheritable, OPEN_EXISTING, 0,
+                            nullptr));
+}
+
+/// Names the one handle that the child inherits. Without it the child would get every inheritable
+/// handle that any thread of this process has open at the moment.
+class InheritedHandle {
+ public:
+  explicit InheritedHandle(HANDLE handle) : _handle(handle) {
+    SIZE_T size = 0;
+    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+    _memory.resize(size);
+    _usable = InitializeProcThreadAttributeList(List(), 1, 0, &size) != 0;
+    if (!_usable) return;
+    _complete = UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &_handle,
+                                          sizeof _handle, nullptr, nullptr) != 0;
+  }
+  ~InheritedHandle() {
+    if (_usable) DeleteProcThreadAttributeList(List());
+  }
+  InheritedHandle(const InheritedHandle&) = delete;
+  InheritedHandle& operator=(const InheritedHandle&) = delete;
+
+  bool IsComplete() const { return _complete; }
+  LPPROC_THREAD_ATTRIBUTE_LIST List() {
+    return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(_memory.data());
+  }
+
+ private:
+  HANDLE _handle;
+  std::vector<std::byte> _memory;
+  bool _usable = false;
+  bool _complete = false;
+};
+
+STARTUPINFOEXW StartupInformation(const ProcessSpec& spec, HANDLE streams,
+                                  InheritedHandle& inherited) {
+  STARTUPINFOEXW startup{};
+  startup.StartupInfo.cb = sizeof startup;
+  startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
+  startup.StartupInfo.wShowWindow = spec.hidden ? SW_HIDE : SW_SHOWNORMAL;
+  startup.StartupInfo.hStdInput = startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
+      streams;
+  startup.lpAttributeList = inherited.List();
+  return startup;
+}
+
+BOOL Create(const ProcessSpec& spec, STARTUPINFOEXW& startup, PROCESS_INFORMATION& process) {
+  const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
+                      (spec.suspended ? CREATE_SUSPENDED : 0) |
+                      (spec.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
+  std::wstring line = spec.commandLine;  // Windows writes into it
+  const wchar_t* folder = spec.workingDirectory.empty() ? nullptr : spec.workingDirectory.c_str();
+  if (spec.token == nullptr) {
+    return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, folder,
+                          &startup.StartupInfo, &process);
+  }
+  wchar_t desktop[] = L"winsta0\\default";
+  startup.StartupInfo.lpDesktop = desktop;
+  return CreateProcessAsUserW(spec.token, nullptr, line.data(), nullptr, nullptr, TRUE, flags,
+                              nullptr, folder, &startup.StartupInfo, &process);
+}
+
+}  // namespace
+
+StartedProcess StartProcess(const ProcessSpec& spec) {
+  const Handle null = OpenNull();
+  InheritedHandle inherited(null.Get());
+  if (!null || !inherited.IsComplete()) return {};
+  STARTUPINFOEXW startup = StartupInformation(spec, null.Get(), inherited);
+  PROCESS_INFORMATION process{};
+  if (!Create(spec, startup, process)) return {};
+  return {Handle(process.hProcess), Handle(process.hThread)};
+}
+
+}  // namespace refhost

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "reference_host/common/Handle.h"
+
+namespace refhost {
+
+/// A program that has been started; `thread` is its first thread.
+struct StartedProcess {
+  Handle process;
+  Handle thread;
+
+  explicit operator bool() const { return static_cast<bool>(process); }
+};
+
+/// What to start, and how.
+struct ProcessSpec {
+  std::wstring commandLine;
+  std::wstring workingDirectory;
+  bool hidden = true;      ///< without a visible window
+  bool suspended = false;  ///< its first thread waits for ResumeThread
+  HANDLE token = nullptr;  ///< whose rights and session; null: this process's own
+};
+
+/// Starts a program. Its standard input, output and error lead nowhere, so that none can wait for
+/// input that never comes; it inherits no other handle of this process.
+/// @return the process, nothing (and the last error) when it does not start.
+StartedProcess StartProcess(const ProcessSpec& spec);
+
+}  // namespace refhost

@@ -1,0 +1,48 @@
+#include "reference_host/common/ProcessTree.h"
+
+namespace refhost {
+
+namespace {
+
+constexpr UINT EndedCode = 1;
+
+/// A crash ends a program of the job without a dialogue that nobody would see.
+constexpr DWORD Enclosed =
+    JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE | JOB_OBJECT_LIMIT_DIE_ON_UNHANDLED_EXCEPTION;
+
+bool SetLimits(HANDLE job, DWORD flags) {
+  JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits{};
+  limits.BasicLimitInformation.LimitFlags = flags;
+  return SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof limits) !=
+         0;
+}
+
+}  // namespace
+
+ProcessTree::ProcessTree(ProcessSpec spec) {
+  spec.suspended = true;
+  _started = StartProcess(spec);
+  if (!_started) {
+    _error = GetLastError();
+  } else if (!Enclose()) {
+    _error = GetLastError();
+    TerminateProcess(Process(), EndedCode);
+    _started = StartedProcess();
+  }
+}
+
+bool ProcessTree::Enclose() {
+  _job = Handle(CreateJobObjectW(nullptr, nullptr));
+  return _job && SetLimits(_job.Get(), Enclosed) &&
+         AssignProcessToJobObject(_job.Get(), Process()) &&
+         ResumeThread(_started.thread.Get()) != static_cast<DWORD>(-1);
+}
+
+void ProcessTree::End() {
+  TerminateJobObject(_job.Get(), EndedCode);
+  WaitForSingleObject(Process(), INFINITE);
+}
+
+void ProcessTree::Release() { SetLimits(_job.Get(), 0); }
+
+}  // namespace refhost

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+namespace refhost {
+
+/// @return `text` fit for a log: the query of every http and https URL in it (which may be a
+/// signature that anybody could fetch the file with) and every JSON Web Token left out. Pure.
+std::wstring WithoutSecrets(const std::wstring& text);
+
+}  // namespace refhost

@@ -1,0 +1,87 @@
+#include "reference_host/common/Configuration.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using refhost::Configuration;
+using refhost::ParseConfiguration;
+
+const std::string Mandatory = R"("baseUrl":"https://localhost:8443","realm":"demo",)"
+                              R"("deviceId":"PC-1","sessionToken":"s","tokenUrl":"https://t/x")";
+
+std::string WithMore(const std::string& more) { return "{" + Mandatory + "," + more + "}"; }
+
+TEST(Configuration, TakesTheMandatoryKeysAndDefaults) {
+  Configuration read;
+  ASSERT_EQ(ParseConfiguration("c.json", "\xEF\xBB\xBF{" + Mandatory + R"(,"unknown":[1]})", read),
+            "");
+  EXPECT_EQ(read.baseUrl, "https://localhost:8443");
+  EXPECT_TRUE(read.registered);
+  EXPECT_TRUE(read.requireSignedPackages);
+  EXPECT_TRUE(read.downloadFolder.empty());
+  EXPECT_EQ(read.processTimeoutSeconds, 600U);
+  EXPECT_EQ(read.retryWaitScale, 1.0);
+}
+
+TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
+  Configuration read;
+  const std::string thumbprint(64, 'A');
+  ASSERT_EQ(
+      ParseConfiguration(
+          "c.json",
+          WithMore(
+              R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
+              R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
+              R"("retryWaitScale":0.01,"trustedPublishers":[")" +
+              thumbprint + "\"]"),
+          read),
+      "");
+  EXPECT_FALSE(read.registered);
+  EXPECT_FALSE(read.requireSignedPackages);
+  EXPECT_EQ(read.downloadFolder, L"C:\\Data\\D\u00E4");
+  EXPECT_EQ(read.logFolder, L"Z:\\l");
+  EXPECT_EQ(read.processTimeoutSeconds, 7U);
+  EXPECT_EQ(read.logMaxBytes, 4096U);
+  EXPECT_EQ(read.retryWaitScale, 0.01);
+  EXPECT_EQ(read.trustedPublishers, std::vector<std::string>{std::string(64, 'a')});
+}
+
+TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
+  const struct {
+    std::string json;
+    const char* named;
+  } rows[] = {
+      {R"({"baseUrl":"https://h"})", "\"realm\" is missing"},
+      {WithMore(R"("registered":1)"), "\"registered\" must be true or false"},
+      {WithMore(R"("logFolder":true)"), "\"logFolder\" must be a text"},
+      {WithMore(R"("downloadFolder":"C:\\")"), "\"downloadFolder\""},
+      {WithMore(R"("downloadFolder":"C:\\a\\..\\b")"), "\"downloadFolder\""},
+      {WithMore(R"("downloadFolder":"relative\\x")"), "\"downloadFolder\""},
+      {WithMore(R"("processTimeoutSeconds":0)"), "\"processTimeoutSeconds\""},
+      {WithMore(R"("processTimeoutSeconds":-1)"), "\"processTimeoutSeconds\""},
+      {WithMore(R"("logMaxBytes":"1")"), "\"logMaxBytes\""},
+      {WithMore(R"("retryWaitScale":2)"), "\"retryWaitScale\""},
+      {WithMore(R"("trustedPublishers":"x")"), "\"trustedPublishers\""},
+      {WithMore(R"("trustedPublishers":[1])"), "\"trustedPublishers\""},
+      {WithMore(R"("trustedPublishers":["AB"])"), "\"trustedPublishers\""},
+      {R"({"baseUrl":"http://cloud.example"})", "\"baseUrl\" must be an https URL"},
+      {R"({"baseUrl":""})", "\"baseUrl\" must not be empty"},
+      {"{" + Mandatory + ",\"realm\":\"again\"}", "realm"},
+      {"{\"baseUrl\":\n \"x", "Line 2, Column 2"},
+      {"[]", "one JSON object"},
+      {"", "not well-formed JSON"},
+      {std::string(5000, '['), "not well-formed JSON"},
+  };
+  for (const auto& row : rows) {
+    Configuration untouched;
+    untouched.realm = "before";
+    const std::string error = ParseConfiguration("c.json", row.json, untouched);
+    EXPECT_EQ(error.find("c.json: "), 0U) << row.json;
+    EXPECT_NE(error.find(row.named), std::string::npos) << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+    EXPECT_EQ(untouched.realm, "before");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,152 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+#include "host/common/PackageExtractor.h"
+#include "tests/host/windows/TestMachine.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The packages that the set-up of the tests has made, see fixtures.sh.
+fs::path Fixtures() {
+  const char* folder = std::getenv("TOLMAR_FIXTURES");
+  if (folder == nullptr) throw std::runtime_error("TOLMAR_FIXTURES is not set");
+  return folder;
+}
+
+/// A folder for one package, gone at the end of the test.
+class Package {
+ public:
+  /// @param fixture in, the name of one of the prepared cabinets.
+  explicit Package(const std::string& fixture) {
+    static int number = 0;
+    folder = fs::temp_directory_path() /
+             ("package" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
+    fs::create_directories(folder);
+    cab = folder / "the package.cab";
+    fs::copy_file(Fixtures() / fixture, cab);
+  }
+  ~Package() { fs::remove_all(folder); }
+
+  /// @return the relative paths of everything in the folder, in order.
+  std::vector<std::string> Contents() const {
+    std::vector<std::string> contents;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      contents.push_back(fs::relative(entry.path(), folder).generic_string());
+    }
+    std::sort(contents.begin(), contents.end());
+    return contents;
+  }
+
+  fs::path folder;
+  fs::path cab;
+};
+
+std::string Read(const fs::path& path) { return TestMachine::ReadFile(path.wstring()); }
+
+const std::vector<std::string> Untouched = {"the package.cab"};
+
+}  // namespace
+
+TEST(PackageExtractor, UnpacksIntoNewFoldersBesideThePackage) {
+  const Package package("nested.cab");
+  const fs::path first = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
+  EXPECT_EQ(first, package.folder / "the package");
+  EXPECT_EQ(Read(first / "tools" / "one.txt"), "one\n");
+  EXPECT_EQ(Read(first / "tools" / "deep" / "two.txt"), "two\n");
+  const fs::path second = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
+  EXPECT_NE(second, first);
+  EXPECT_EQ(Read(second / "install.ps1"), Read(first / "install.ps1"));
+}
+
+TEST(PackageExtractor, UnpacksEveryByte) {
+  const Package package("signed.cab");
+  const fs::path folder = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
+  const fs::path original = Fixtures() / "contents" / "large.bin";
+  ASSERT_EQ(fs::file_size(original), 200000U);
+  EXPECT_TRUE(Read(folder / "large.bin") == Read(original));
+}
+
+TEST(PackageExtractor, LeavesNothingOfWhatItDoesNotTake) {
+  const struct {
+    const char* fixture;
+    const char* error;  ///< part of the exception's text, null when the validation refuses it
+  } rows[] = {
+      {"unsigned.cab", nullptr}, {"tampered.cab", nullptr},
+      {"appended.cab", nullptr}, {"stranger.cab", nullptr},
+      {"usage.cab", nullptr},    {"traversal.cab", "..\\evil.txt"},
+      {"twice.cab", "twice"},    {"corrupt.cab", "corrupt"},
+      {"cut.cab", "shorter"},    {"contents/install.ps1", "not a cabinet"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.fixture);
+    const Package package(row.fixture);
+    std::string error;
+    try {
+      EXPECT_EQ(ZLT::PackageExtractor::ExtractCab(package.cab.wstring()), L"");
+    } catch (const std::runtime_error& exception) {
+      error = exception.what();
+    }
+    EXPECT_EQ(error.empty(), row.error == nullptr) << error;
+    EXPECT_NE(error.find(row.error == nullptr ? "" : row.error), std::string::npos) << error;
+    EXPECT_EQ(package.Contents(), Untouched);
+    EXPECT_FALSE(fs::exists(package.folder / ".." / "evil.txt"));
+  }
+}
+
+TEST(PackageExtractor, TakesNoPackageThatSomebodyMayStillChange) {
+  const Package package("signed.cab");
+  EXPECT_THROW(ZLT::PackageExtractor::ExtractCab((package.folder / "none.cab").wstring()),
+               std::runtime_error);
+  const HANDLE writer =
+      CreateFileW(package.cab.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  ASSERT_NE(writer, INVALID_HANDLE_VALUE);
+  EXPECT_THROW(ZLT::PackageExtractor::ExtractCab(package.cab.wstring()), std::runtime_error);
+  CloseHandle(writer);
+  EXPECT_EQ(package.Contents(), Untouched);
+}
+
+/// Run once more by the test below, in processes with packages and configurations of their own.
+TEST(PackageExtractor, TakesThePackageOfTheEnvironment) {
+  const char* fixture = std::getenv("TOLMAR_TEST_PACKAGE");
+  const Package package(fixture == nullptr ? "signed.cab" : fixture);
+  EXPECT_NE(ZLT::PackageExtractor::ExtractCab(package.cab.wstring()), L"");
+}
+
+TEST(PackageExtractor, TakesWhatTheConfigurationAllows) {
+  const std::string publisher = Read(Fixtures() / "publisher.txt");
+  const std::string other(64, 'a');
+  const struct {
+    const char* fixture;
+    const char* requireSigned;
+    std::string trusted;
+    bool taken;
+  } rows[] = {{"unsigned.cab", "false", "", true},
+              {"tampered.cab", "false", "", false},
+              {"signed.cab", "true", other + "\",\"" + publisher, true},
+              {"signed.cab", "true", other, false}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.fixture) + row.requireSigned + row.trusted);
+    const std::wstring configuration = TestMachine::Folder() + L"\\packages.json";
+    const std::string trusted = row.trusted.empty() ? "" : '"' + row.trusted + '"';
+    const std::string allowed = std::string(R"(,"requireSignedPackages":)") + row.requireSigned +
+                                R"(,"trustedPublishers":[)" + trusted + "]}";
+    TestMachine::WriteFile(configuration,
+                           R"({"baseUrl":"https://localhost:1","realm":"r","deviceId":"d",)"
+                           R"("sessionToken":"s","tokenUrl":"https://localhost:1/token")" +
+                               allowed);
+    SetEnvironmentVariableA("TOLMAR_TEST_PACKAGE", row.fixture);
+    std::string output;
+    const unsigned long result = TestMachine::RunAgain(
+        L"--gtest_filter=PackageExtractor.TakesThePackageOfTheEnvironment", configuration, output);
+    SetEnvironmentVariableA("TOLMAR_TEST_PACKAGE", nullptr);
+    EXPECT_EQ(result == 0, row.taken) << output;
+    EXPECT_NE(output.find("1 test from 1 test suite ran"), std::string::npos) << output;
+  }
+}

@@ -1,0 +1,126 @@
+#include "tests/host/windows/TestMachine.h"
+
+#include <json/value.h>
+#include <json/writer.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+#include "host/common/FileSystem.h"
+#include "host/common/Text.h"
+
+namespace TestMachine {
+
+namespace {
+
+std::unique_ptr<LoopbackServer> cloud;
+std::wstring folder;
+
+std::wstring MakeFolder() {
+  wchar_t parent[MAX_PATH];
+  GetTempPathW(MAX_PATH, parent);
+  std::wstring path = parent + (L"tolmar-" + std::to_wstring(GetCurrentProcessId()));
+  FileSystem::deleteDirectoryOrFile(path, true);
+  FileSystem::createDirectory(path, false);
+  return path;
+}
+
+std::wstring ConfigurationPath() { return folder + L"\\host.json"; }
+
+void WriteConfiguration(const std::wstring& path) {
+  const std::string base = ZLT::String::UTF16ToUTF8(cloud->Url(L""));
+  Json::Value root;
+  root["baseUrl"] = base;
+  root["realm"] = "test";
+  root["deviceId"] = "PC-T\xC3\xA4st";
+  root["sessionToken"] = "session\"\\token";
+  root["tokenUrl"] = base + "/token";
+  root["logFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\logs");
+  root["downloadFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\downloads");
+  root["processTimeoutSeconds"] = 20;
+  root["logMaxBytes"] = 65536;
+  root["retryWaitScale"] = 0.5;
+  WriteFile(path, Json::writeString(Json::StreamWriterBuilder(), root));
+}
+
+std::string ReadToEnd(HANDLE pipe) {
+  std::string text;
+  char buffer[4096];
+  DWORD count = 0;
+  while (::ReadFile(pipe, buffer, sizeof buffer, &count, nullptr) && count != 0) {
+    text.append(buffer, count);
+  }
+  return text;
+}
+
+bool Start(std::wstring commandLine, HANDLE output, PROCESS_INFORMATION& process) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdOutput = startup.hStdError = output;
+  return CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                        &startup, &process) != 0;
+}
+
+}  // namespace
+
+void SetUp() {
+  cloud = std::make_unique<LoopbackServer>();
+  folder = MakeFolder();
+  std::wstring path(32768, L'\0');
+  path.resize(GetEnvironmentVariableW(L"TOLMAR_TEST_CONFIG", path.data(), 32768));
+  WriteConfiguration(ConfigurationPath());
+  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG",
+                          path.empty() ? ConfigurationPath().c_str() : path.c_str());
+}
+
+void TearDown() {
+  cloud.reset();
+  FileSystem::deleteDirectoryOrFile(folder, true);
+}
+
+const std::wstring& Folder() { return folder; }
+
+LoopbackServer& Cloud() { return *cloud; }
+
+unsigned long RunAgain(const std::wstring& arguments, const std::wstring& configuration,
+                       std::string& output) {
+  SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  HANDLE readEnd = nullptr, writeEnd = nullptr;
+  CreatePipe(&readEnd, &writeEnd, &inheritable, 0);
+  SetHandleInformation(readEnd, HANDLE_FLAG_INHERIT, 0);
+  SetEnvironmentVariableW(L"TOLMAR_TEST_CONFIG", configuration.c_str());
+  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG", configuration.c_str());
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  PROCESS_INFORMATION process{};
+  const bool started = Start(L"\"" + std::wstring(program) + L"\" " + arguments, writeEnd, process);
+  SetEnvironmentVariableW(L"TOLMAR_TEST_CONFIG", nullptr);
+  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG", ConfigurationPath().c_str());
+  CloseHandle(writeEnd);
+  output = ReadToEnd(readEnd);
+  CloseHandle(readEnd);
+  DWORD exitCode = 0xFFFFFFFF;
+  if (!started) return exitCode;
+  WaitForSingleObject(process.hProcess, INFINITE);
+  GetExitCodeProcess(process.hProcess, &exitCode);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return exitCode;
+}
+
+std::string ReadFile(const std::wstring& path) {
+  std::ifstream file(std::filesystem::path(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WriteFile(const std::wstring& path, const std::string& bytes) {
+  std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
+}
+
+std::string ReadLog(const std::wstring& name) { return ReadFile(folder + L"\\logs\\" + name); }
+
+}  // namespace TestMachine
