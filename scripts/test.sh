@@ -55,7 +55,7 @@ exports_are_the_api() {
 }
 
 version_resource_is_current() {
-  tr -d '\0' <"$BUILD/windows/bin/TolmarAgent.dll" | LC_ALL=C grep -qaF "FileVersion$(cat VERSION)"
+  tr -d '\0' <"$BUILD/windows/bin/TolmarAgent.dll" | LC_ALL=C grep -aF "FileVersion$(cat VERSION)" >/dev/null
 }
 
 readme_shows_the_example() {
