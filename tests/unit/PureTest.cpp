@@ -5,7 +5,6 @@
 
 #include "catalogue/SoftwarePackage.h"
 #include "progress/Percentage.h"
-#include "service/RequestBody.h"
 
 TEST(Percentage, IsTruncatedAndDefinedForEveryTotal) {
   constexpr int Indefinite = std::numeric_limits<int>::min();
@@ -18,13 +17,9 @@ TEST(Percentage, IsTruncatedAndDefinedForEveryTotal) {
   for (const auto& row : rows) EXPECT_EQ(PercentageOf(row.transferred, row.total), row.percent);
 }
 
-TEST(RequestBody, JoinsMembersWithoutEscaping) {
-  EXPECT_EQ(RequestBody(L"entitlement").Text(L"deviceId", L"D\"1").Number(L"action", -1).Close(),
-            L"{\"type\":\"entitlement\",\"parameters\": { \"deviceId\":\"D\"1\",\"action\":-1}}");
-}
-
 TEST(Catalogue, CopiesAreDeepAndMovedFromPackagesAreEmpty) {
   SoftwarePackage package;
+  EXPECT_TRUE(!package.preinstallSw && package.progress == 0);
   package.l1FruPn = L"title";
   package.progress = 7;
   package.modules.emplace_back().files.emplace_back().name = L"a.cab";
@@ -32,8 +27,6 @@ TEST(Catalogue, CopiesAreDeepAndMovedFromPackagesAreEmpty) {
   copy.modules.front().files.front().name = L"b.cab";
   EXPECT_EQ(package.modules.front().files.front().name, L"a.cab");
   const SoftwarePackage moved = std::move(package);
-  EXPECT_TRUE(package.l1FruPn.empty());
-  EXPECT_TRUE(package.modules.empty());
-  EXPECT_EQ(package.progress, 7);
+  EXPECT_TRUE(package.l1FruPn.empty() && package.modules.empty() && package.progress == 7);
   EXPECT_EQ(moved.modules.size(), 1U);
 }

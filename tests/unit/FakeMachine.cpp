@@ -1,0 +1,163 @@
+// The fake host's side that faces the machine: files, processes, registry, bus, locks and waits.
+
+#include <condition_variable>
+#include <system_error>
+#include <thread>
+
+#include "host/common/FileSystem.h"
+#include "host/common/PackageExtractor.h"
+#include "host/common/ProcessWrap.h"
+#include "host/common/RegUtil.h"
+#include "host/common/Utility.h"
+#include "tests/unit/FakeHost.h"
+
+namespace {
+
+// Locks that may be destroyed while they are held, which one outcome of an installation leads to:
+// each with the thread that holds it and how often.
+std::map<const CriticalSection*, std::pair<std::thread::id, int>> holders;
+std::mutex holdersMutex;
+std::condition_variable lockFreed;
+
+/// @return true when this thread could enter the lock at once.
+bool IsFreeForMe(const CriticalSection* lock) {
+  const auto found = holders.find(lock);
+  return found == holders.end() || found->second.first == std::this_thread::get_id();
+}
+
+}  // namespace
+
+bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
+  return !Fake().Note("mkdir", path, restricted);
+}
+
+bool FileSystem::fileExists(const std::wstring& path) { return Fake().files.contains(path); }
+
+bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive) {
+  return Fake().Note("delete", path, recursive) && Fake().Next(Fake().deletions, true);
+}
+
+std::wstring FileSystem::getFileName(const std::wstring& path) {
+  return path.substr(path.find_last_of(L"\\/:") + 1);
+}
+
+namespace ZLT {
+
+std::wstring utility::GetZltKivDownloadPath() { return L"C:\\kiv"; }
+std::wstring utility::GetSystemDirectoryW() { return L"C:\\sys"; }
+
+std::wstring PackageExtractor::ExtractCab(const std::wstring& cabPath) {
+  Fake().Note("extract", cabPath);
+  return Fake().extract();
+}
+
+int ProcessWrap::CreateProcessInUserSession(const std::wstring& line, const std::wstring& folder,
+                                            HANDLE& process, bool hidden) {
+  Fake().Note("start", line, "in", folder, hidden);
+  if (!Fake().installerStarts) return 0;
+  process = Fake().installer = CreateEventW(nullptr, TRUE, Fake().installerEnds, nullptr);
+  return 1;
+}
+
+int ProcessWrap::LaunchApplicationAndCheckExitCode(const std::wstring& line,
+                                                   const std::wstring& folder, bool hidden,
+                                                   HANDLE cancelHandle) {
+  Fake().Note("run", line, "in", folder, hidden, cancelHandle);
+  return Fake().Next(Fake().checks, 1);
+}
+
+}  // namespace ZLT
+
+int CRegUtil::CreateKey(HKEY hive, const std::wstring& subKey) {
+  return Fake().Note("key", hive == HKEY_LOCAL_MACHINE, subKey) ? Fake().keyExists : 0;
+}
+
+int CRegUtil::SetKeyValueInt(HKEY hive, const std::wstring& subKey, const std::wstring& valueName,
+                             unsigned int value) {
+  return !Fake().Note("value", hive == HKEY_LOCAL_MACHINE, subKey, valueName, int(value));
+}
+
+ZLTPublisherSubscriber::ZLTPublisherSubscriber() : m_pState(nullptr) {}
+ZLTPublisherSubscriber::~ZLTPublisherSubscriber() = default;
+
+ZLTPublisherSubscriber* ZLTPublisherSubscriber::GetInstance() {
+  static ZLTPublisherSubscriber bus;
+  return &bus;
+}
+
+std::wstring ZLTPublisherSubscriber::Subscribe(Callback callback, bool replayLast) {
+  Fake().Note("subscribe", replayLast);
+  Fake().onNotification = std::move(callback);
+  return L"subscription";
+}
+
+void ZLTPublisherSubscriber::Unsubscribe(const std::wstring& id) { Fake().Note("unsubscribe", id); }
+bool ZLTPublisherSubscriber::Publish(const ZLTNotificationData&, unsigned int) { return false; }
+
+CriticalSection::CriticalSection() : m_pState(nullptr) {}
+CriticalSection::~CriticalSection() {
+  const std::scoped_lock lock(holdersMutex);
+  holders.erase(this);
+}
+
+void CriticalSection::EnterLock() {
+  if (Fake().HoldsStateLock()) Fake().Note("!! a lock is taken");
+  std::unique_lock lock(holdersMutex);
+  lockFreed.wait(lock, [&] { return IsFreeForMe(this); });
+  holders[this] = {std::this_thread::get_id(), holders[this].second + 1};
+}
+
+void CriticalSection::ExitLock() {
+  const std::scoped_lock lock(holdersMutex);
+  if (--holders.at(this).second == 0) holders.erase(this);
+  lockFreed.notify_all();
+}
+
+bool FakeHost::IsFree(const CriticalSection& lock) {
+  const std::scoped_lock guard(holdersMutex);
+  return !holders.contains(&lock);
+}
+
+bool FakeHost::HoldsStateLock() const {
+  const std::scoped_lock guard(holdersMutex);
+  return holders.contains(stateLock) && IsFreeForMe(stateLock);
+}
+
+// The waits of this program go through its import table's slots (on Windows) or the shim's.
+extern "C" {
+extern decltype(&Sleep) __imp_Sleep;
+extern decltype(&WaitForSingleObject) __imp_WaitForSingleObject;
+extern decltype(&WaitForMultipleObjects) __imp_WaitForMultipleObjects;
+}
+
+static const auto realWait = __imp_WaitForSingleObject;
+
+static DWORD WINAPI RecordedWait(HANDLE handle, DWORD milliseconds) {
+  if (milliseconds == INFINITE) return realWait(handle, milliseconds);
+  if (milliseconds != 0) Fake().Note("wait", handle, int(milliseconds));
+  return realWait(handle, 0);
+}
+
+static const auto realWaitForAny = __imp_WaitForMultipleObjects;
+
+static DWORD WINAPI RecordedWaitForAny(DWORD count, const HANDLE* all, BOOL every, DWORD limit) {
+  Fake().Note("wait-any", int(count), int(limit));
+  return realWaitForAny(count, all, every, limit);
+}
+
+FakeHost::FakeHost() {
+  __imp_Sleep = [](DWORD milliseconds) { Fake().Note("sleep", int(milliseconds)); };
+  __imp_WaitForSingleObject = RecordedWait;
+  __imp_WaitForMultipleObjects = RecordedWaitForAny;
+}
+
+// Threads start through a name that the linker redirects here.
+#define START_THREAD(prefix) \
+  prefix##_ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE
+extern "C" void START_THREAD(__real_)(void* thread, void* state, void (*depend)());
+extern "C" void START_THREAD(__wrap_)(void* thread, void* state, void (*depend)()) {
+  if (!Fake().Next(Fake().threadStarts, true)) {
+    throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+  }
+  START_THREAD(__real_)(thread, state, depend);
+}
