@@ -22,7 +22,7 @@ finish() {
 
 prepare() {
   bash scripts/deps.sh
-  bash scripts/build.sh windows native
+  bash scripts/build.sh product cloudsim
   lab_up
   step "signed packages" "$BUILD/log/packages.log" bash scripts/demo-packages.sh
 }

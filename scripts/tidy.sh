@@ -15,5 +15,5 @@ tidy_one() {
 export -f tidy_one
 
 sed -n 's/^ *"file": "\(.*\)".*/\1/p' "$BUILD/native/compile_commands.json" | sort -u |
-  grep -E "^$ROOT/(agent|catalogue|service|install|progress|reference_host|tools)/" |
+  grep -E "^$ROOT/(agent|catalogue|service|install|progress|reference_host|tools|bench)/" |
   xargs -P "$JOBS" -I{} bash -c "tidy_one '$BUILD/native' '{}'"

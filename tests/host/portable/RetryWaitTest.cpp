@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -37,10 +38,34 @@ TEST(RetryWait, StaysWithinItsBoundsWhateverItIsGiven) {
         const double high = std::min(std::max(max * 1000.0, low), double{0xFFFFFFFE});
         for (const double random : {-1.0, 0.0, 0.3, 1.0, 7.0, nan}) {
           const unsigned int wait = RetryWaitMilliseconds(retry, min, max, random);
-          EXPECT_GE(wait, std::min(low, high) - 1);
+          EXPECT_GE(wait, std::min(low, high));
           EXPECT_LE(wait, high);
+          EXPECT_EQ(wait, RetryWaitMilliseconds(retry, min, max, random)) << "not pure";
         }
       }
+    }
+  }
+}
+
+TEST(RetryWait, SpreadsAFleetEvenlyAtEveryStepAndWaitsLongerAtTheNext) {
+  constexpr int Devices = 1000;
+  constexpr int Parts = 10;
+  const struct { int min, max; } windows[] = {{60, 1800}, {2, 900}, {1, 8}, {30, 86400}};
+  for (const auto& window : windows) {
+    unsigned int before = 0;
+    for (const int retry : {0, 1, 2}) {
+      const auto wait = [&](double random) {
+        return RetryWaitMilliseconds(retry, window.min, window.max, random);
+      };
+      const double range = wait(1) - wait(0);
+      EXPECT_GE(range, 0.49 * wait(1)) << window.max << " s, retry " << retry;
+      EXPECT_GE(wait(0), before);
+      before = wait(0);
+      int parts[Parts + 1] = {};
+      for (int i = 0; i < Devices; ++i) {
+        ++parts[static_cast<int>((wait((i + 0.5) / Devices) - wait(0)) / range * Parts)];
+      }
+      for (int part = 0; part < Parts; ++part) EXPECT_NEAR(parts[part], Devices / Parts, 2);
     }
   }
 }
