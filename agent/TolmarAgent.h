@@ -120,8 +120,8 @@ class TOLMAR_API TolmarAgent {
   DWORD GetInstallEntitledSoftwareStatus(Json::Value& status);
 
   /// Asks for the files of one module, retried as the other queries.
-  /// @param reply out, the service's answer: an object with the array "fileList"; untouched when no
-  /// reply could be read.
+  /// @param reply out, the service's answer: an object with the array "fileList"; untouched when
+  /// the service could not be reached or its reply was no JSON.
   /// @param l1FruPn in, the title's part number. @param moduleFruPn in, the module's part number.
   /// @return 0; 31, 36, 39, an HTTP status or a WinHTTP error number.
   unsigned long GetDownloadFiles(Json::Value& reply, std::wstring l1FruPn,

@@ -57,7 +57,7 @@ class AgentFixture : public ::testing::Test {
   static std::wstring ServerUrl() { return TolmarAgent::_serverUrl; }
   HANDLE StopEvent() { return Agent()._hStopEvent; }
   std::thread* Worker() { return Agent().m_pPreinstallThread; }
-  bool IsInstallLockFree() { return FakeHost::IsFree(Agent()._downloadAgentLock); }
+  bool HoldsInstallLock() { return FakeHost::Holds(&Agent()._downloadAgentLock); }
   void IgnoreDownloadEvents() { Agent()._ignoreDownloadEvents = true; }
   bool HasPreinstallFlag() { return Agent()._hasPreinstallSw; }
 

@@ -49,9 +49,10 @@ void FakeHost::Forget() {
 }
 
 bool FakeHost::Record(const std::string& line) {
+  if (muted) return true;
   const bool isLog = line.starts_with("d ") || line.starts_with("e ") || line.starts_with("g ");
   if (atStep && !isLog) atStep();
-  std::string whole = HoldsStateLock() ? "!! under the state lock: " : "";
+  std::string whole = Holds(stateLock) ? "!! under the state lock: " : "";
   for (const char c : line) whole += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
   const std::scoped_lock lock(_mutex);
   _lines.push_back(whole);

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -28,6 +29,7 @@ struct Reply {
 struct Script {
   bool logOpens = true, hasBroker = true, fetches = true, resumes = true;
   bool installerStarts = true, installerEnds = true;
+  bool muted = false;  ///< nothing is recorded: threads meet in the agent only
   int registered = 1, keyExists = 1;
   std::int64_t now = 1000;  ///< seconds
   std::wstring baseUrl = L"https://cloud", realm = L"realm";
@@ -70,8 +72,7 @@ class FakeHost : public Script {
     if (!queue.empty()) otherwise = queue.front(), queue.pop_front();
     return otherwise;
   }
-  static bool IsFree(const CriticalSection& lock);
-  bool HoldsStateLock() const;  ///< tells it of the calling thread
+  static bool Holds(const CriticalSection* lock);  ///< tells it of the calling thread
 
   // What the agent handed to the host.
   DownloadAgent::CompleteCallback onComplete;
@@ -80,7 +81,7 @@ class FakeHost : public Script {
   ZLTPublisherSubscriber::Callback onNotification;
   HANDLE installer = nullptr;  ///< the newest installer's process
   /// Under this lock no call into the host is made and no other lock is taken.
-  const CriticalSection* stateLock = nullptr;
+  std::atomic<const CriticalSection*> stateLock = nullptr;
 
  private:
   FakeHost();

@@ -1,8 +1,8 @@
 // The fake host's side that faces the machine: files, processes, registry, bus, locks and waits.
 
-#include <condition_variable>
+#include <algorithm>
 #include <system_error>
-#include <thread>
+#include <utility>
 
 #include "host/common/FileSystem.h"
 #include "host/common/PackageExtractor.h"
@@ -13,17 +13,7 @@
 
 namespace {
 
-// Locks that may be destroyed while they are held, which one outcome of an installation leads to:
-// each with the thread that holds it and how often.
-std::map<const CriticalSection*, std::pair<std::thread::id, int>> holders;
-std::mutex holdersMutex;
-std::condition_variable lockFreed;
-
-/// @return true when this thread could enter the lock at once.
-bool IsFreeForMe(const CriticalSection* lock) {
-  const auto found = holders.find(lock);
-  return found == holders.end() || found->second.first == std::this_thread::get_id();
-}
+thread_local std::vector<const CriticalSection*> heldHere;
 
 }  // namespace
 
@@ -94,33 +84,37 @@ std::wstring ZLTPublisherSubscriber::Subscribe(Callback callback, bool replayLas
 void ZLTPublisherSubscriber::Unsubscribe(const std::wstring& id) { Fake().Note("unsubscribe", id); }
 bool ZLTPublisherSubscriber::Publish(const ZLTNotificationData&, unsigned int) { return false; }
 
-CriticalSection::CriticalSection() : m_pState(nullptr) {}
+// Every lock has a mutex of its own and nothing in common with the others, for the thread
+// sanitizer.
+struct CriticalSection::State {
+  std::recursive_mutex mutex;
+  int depth = 0;
+};
+
+CriticalSection::CriticalSection() : m_pState(new State) {}
 CriticalSection::~CriticalSection() {
-  const std::scoped_lock lock(holdersMutex);
-  holders.erase(this);
+  // One outcome of an installation leaves a lock held: such a mutex must not be destroyed.
+  static auto& abandoned = *new std::vector<State*>;
+  if (m_pState->depth > 0) abandoned.push_back(std::exchange(m_pState, nullptr));
+  std::erase(heldHere, this);
+  delete m_pState;
 }
 
 void CriticalSection::EnterLock() {
-  if (Fake().HoldsStateLock()) Fake().Note("!! a lock is taken");
-  std::unique_lock lock(holdersMutex);
-  lockFreed.wait(lock, [&] { return IsFreeForMe(this); });
-  holders[this] = {std::this_thread::get_id(), holders[this].second + 1};
+  if (Fake().Holds(Fake().stateLock)) Fake().Note("!! a lock is taken");
+  m_pState->mutex.lock();
+  ++m_pState->depth;
+  heldHere.push_back(this);
 }
 
 void CriticalSection::ExitLock() {
-  const std::scoped_lock lock(holdersMutex);
-  if (--holders.at(this).second == 0) holders.erase(this);
-  lockFreed.notify_all();
+  heldHere.erase(std::find(heldHere.begin(), heldHere.end(), this));
+  --m_pState->depth;
+  m_pState->mutex.unlock();
 }
 
-bool FakeHost::IsFree(const CriticalSection& lock) {
-  const std::scoped_lock guard(holdersMutex);
-  return !holders.contains(&lock);
-}
-
-bool FakeHost::HoldsStateLock() const {
-  const std::scoped_lock guard(holdersMutex);
-  return holders.contains(stateLock) && IsFreeForMe(stateLock);
+bool FakeHost::Holds(const CriticalSection* lock) {
+  return std::find(heldHere.begin(), heldHere.end(), lock) != heldHere.end();
 }
 
 // The waits of this program go through its import table's slots (on Windows) or the shim's.

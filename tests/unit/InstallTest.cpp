@@ -76,7 +76,7 @@ TEST_F(InstallTest, TitlesAreTakenUpOneByOneAndTheLastCodeCounts) {
     const std::string all = "d Download and install ";
     EXPECT_EQ(fake.Transcript({all + "failed", all + "code=4", all + "code=-"}),
               row.failure.empty() ? "" : all + "failed\n" + all + "code=" + row.failure);
-    EXPECT_TRUE(IsInstallLockFree());
+    EXPECT_FALSE(HoldsInstallLock());
   }
 }
 
@@ -90,7 +90,7 @@ TEST_F(InstallTest, ADocumentOfTheWrongShapeLeavesTheLockHeld) {
   EXPECT_EQ(Agent().InstallEntitledSoftware(document, cancel, false), 39U);
   EXPECT_EQ(document["swList"][0]["status"], "installed");
   EXPECT_EQ(fake.Count("d TolmarAgent::InstallEntitledSoftware: Exit"), 0U);
-  EXPECT_FALSE(IsInstallLockFree());
+  EXPECT_TRUE(HoldsInstallLock());
 }
 
 TEST_F(InstallTest, MissingFilesAreDownloadedAndTheLastPackageAndScriptUsed) {
@@ -108,10 +108,11 @@ TEST_F(InstallTest, MissingFilesAreDownloadedAndTheLastPackageAndScriptUsed) {
   for (const auto& row : rows) {
     fake.always["downloadRequest"] = Files(row.files);
     std::string polled;
-    fake.atStep = [&] { polled += Poll(); };
+    fake.atStep = [&] { polled += HoldsInstallLock() ? Poll() : "unlocked"; };
     Install("T:M");
     const bool paused = row.lines.starts_with("wait");
     EXPECT_EQ(polled.find("0 downloaded 100;") != std::string::npos, paused);
+    EXPECT_EQ(polled.find("unlocked"), std::string::npos);
     EXPECT_EQ(fake.Transcript({"file", "wait ", "extract"}), row.lines);
     EXPECT_NE(fake.Transcript({"run"}).find("/f \"" + row.script + " in "), std::string::npos);
   }
