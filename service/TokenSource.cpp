@@ -10,7 +10,7 @@ constexpr int TokenAttempts = 3;
 bool TryToObtain(int count, std::string& jwt) {
   Tessary* broker = Tessary::GetInstance();
   const std::wstring session = broker ? broker->GetCurrentToken(L"TolmarAgent") : std::wstring();
-  if (session.empty()) {
+  if (broker == nullptr || session.empty()) {
     logger.e(L"KIV.GetJwtFromServer: Current Token is empty. count=%d", count);
     return false;
   }

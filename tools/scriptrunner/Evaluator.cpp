@@ -198,7 +198,6 @@ Value Evaluator::RunCmdlet(const Expression& call) {
   if (!action.empty() && action != "stop" && !isTolerated) {
     throw ScriptError(call.line, "-ErrorAction " + action + " is not in the subset");
   }
-  const bool stops = action == "stop" || ToBool(_variables[ErrorPreference]);
   std::string text = std::string(call.command->cmdlet->name) + ": ";
   try {
     return call.command->cmdlet->run(arguments, _system);
@@ -209,6 +208,7 @@ Value Evaluator::RunCmdlet(const Expression& call) {
     if (isTolerated) return {};
     text += failure.what();
   }
+  const bool stops = action == "stop" || ToBool(_variables[ErrorPreference]);
   if (!stops) text += " (PowerShell would go on: set $ErrorActionPreference = 'Stop')";
   throw CommandFailure("line " + std::to_string(call.line) + ": " + text);
 }
