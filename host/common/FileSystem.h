@@ -8,10 +8,10 @@
 class ZLT_API FileSystem {
  public:
   /// Creates a folder and its missing parents.
-  /// @param restricted in, true: the folder itself is created with access for administrators and
-  /// SYSTEM only.
+  /// @param restricted in, true: the folder and its missing parents are created with access for
+  /// administrators and SYSTEM only.
   /// @return true when the folder exists afterwards. A restricted folder is not one when a link
-  /// stands in its place.
+  /// stands in its place, or when it belongs to anybody but those two and this process's user.
   static bool createDirectory(const std::wstring& path, bool restricted);
 
   /// @return true when `path` names an existing file (not a folder).
@@ -19,7 +19,7 @@ class ZLT_API FileSystem {
 
   /// Deletes a file or a folder.
   /// @param recursive in, true: a folder goes with everything in it; links in it are removed, never
-  /// followed.
+  /// followed. A folder that belongs to somebody else, as above, is left alone.
   /// @return true when nothing of that name is left (also when nothing was there).
   static bool deleteDirectoryOrFile(const std::wstring& path, bool recursive);
 

@@ -49,8 +49,8 @@ class ZLT_API HttpRequest {
   std::stringstream& getStream();
 
   /// Fetches one file; blocks. The file appears under its name only when it is whole.
-  /// @param url in, as for the constructor. @param localPath in, full path; an existing file is
-  /// replaced.
+  /// @param url in, as for the constructor. @param localPath in, full path, in a folder that
+  /// `FileSystem::createDirectory` would take for a restricted one; an existing file is replaced.
   /// @param headers in, as for `doPost`.
   /// @return true when the file was answered with status 200 and stored.
   static bool DownloadFile(const std::wstring& url, const std::wstring& localPath,

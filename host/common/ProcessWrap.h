@@ -12,7 +12,8 @@ namespace ZLT {
 class ZLT_API ProcessWrap {
  public:
   /// Starts a program in the signed-in user's session where this process may do that, else in its
-  /// own.
+  /// own. Its standard input is at its end; once it has ended, its exit code, its duration and the
+  /// end of its output go to the suite's log.
   /// @param commandLine in, program and arguments. @param workingDirectory in, an existing folder.
   /// @param processHandle out, the process, for the caller to wait on and to close; null on
   /// failure.
@@ -24,7 +25,7 @@ class ZLT_API ProcessWrap {
 
   /// Runs a program to its end and tells whether it succeeded. Blocks until the program has ended,
   /// the cancel handle is signalled or the suite's time-out has passed; in the two latter cases it
-  /// ends the program and every process that the program started.
+  /// ends the program and every process that the program started. Input and log as above.
   /// @param hidden in, true: without a visible window. @param cancelHandle in, an event; may be
   /// null.
   /// @return non-zero exactly when the program ran to its end and its exit code was 0.

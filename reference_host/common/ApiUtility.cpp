@@ -17,11 +17,6 @@ double Random() {
   return std::uniform_real_distribution<double>(0, 1)(engine);
 }
 
-double WaitScale() {
-  const refhost::Configuration* configuration = refhost::GetConfiguration();
-  return configuration != nullptr ? configuration->retryWaitScale : 1.0;
-}
-
 }  // namespace
 
 namespace ZLT {
@@ -30,7 +25,7 @@ unsigned int ApiUtility::GetSleepDurationInMillis(const int& retryCount, const i
                                                   const int& maxSeconds) {
   const unsigned int wait =
       refhost::RetryWaitMilliseconds(retryCount, minSeconds, maxSeconds, Random());
-  return static_cast<unsigned int>(wait * WaitScale());
+  return static_cast<unsigned int>(wait * refhost::Settings().retryWaitScale);
 }
 
 }  // namespace ZLT

@@ -14,16 +14,15 @@ using Clock = std::chrono::steady_clock;
 constexpr DWORD PollMs = 50;
 constexpr DWORD QuestionPollMs = 10;
 constexpr auto ReportInterval = std::chrono::milliseconds(250);
-/// A download that gets no byte for so long has failed.
-constexpr auto StallLimit = std::chrono::seconds(60);
 /// How often one file's transfer is tried again without asking anybody, and how long before that.
 constexpr int MaxRetries = 2;
 constexpr DWORD RetryPauseMs = 1000;
 
-DWORD RetryPause() {
-  const Configuration* configuration = GetConfiguration();
-  const double scale = configuration == nullptr ? 1.0 : configuration->retryWaitScale;
-  return static_cast<DWORD>(RetryPauseMs * scale);
+DWORD RetryPause() { return static_cast<DWORD>(RetryPauseMs * Settings().retryWaitScale); }
+
+unsigned long MillisecondsSince(Clock::time_point begin) {
+  using namespace std::chrono;
+  return static_cast<unsigned long>(duration_cast<milliseconds>(Clock::now() - begin).count());
 }
 
 void LogFailure(const DownloadFile& file, const BitsFailure& failure) {
@@ -47,14 +46,20 @@ bool BitsDownload::Run() {
   BitsJob::CancelAll(_order.name);
   const HRESULT result = MakeJob();
   if (FAILED(result)) {
-    ZLT::g_log.e(L"DownloadAgent: no job %s can be made, code 0x%08X", _order.name.c_str(),
-                 static_cast<unsigned int>(result));
+    const BitsFailure failure = OwnFailure(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, result);
+    LogFailure(_files.FailingFile(failure), failure);
     return false;
   }
   _id = _job->Id();
+  const auto begin = Clock::now();
+  ZLT::g_log.d(L"DownloadAgent: job %s begins, files: %lu", _order.name.c_str(),
+               static_cast<unsigned long>(_order.files.size()));
   const bool success = Transfer();
   _job.reset();
   _files.RemoveParts();
+  ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s", _order.name.c_str(),
+               success ? L"is done" : L"has failed or was stopped", MillisecondsSince(begin),
+               std::to_wstring(_files.Total().bytesTransferred).c_str());
   _callbacks.Complete(_order.name, *_id, success, _files.Map());
   return success;
 }
@@ -92,7 +97,10 @@ BitsDownload::End BitsDownload::AskServer(BitsFailure& failure) {
   while (!_probe->IsDone()) {
     if (!Wait(QuestionPollMs)) return End::Stopped;
   }
-  const std::optional<BitsFailure> refusal = _files.Learn(*_probe);
+  std::optional<BitsFailure> refusal = _files.Learn(*_probe);
+  if (!refusal) refusal = _files.FindOversized();
+  if (!refusal) refusal = _files.FindNoRoom();
+  if (!refusal) refusal = _files.ClearPlaces();
   if (!refusal) return End::Done;
   failure = *refusal;
   return End::Failed;
@@ -148,7 +156,8 @@ bool BitsDownload::FindOwnFailure(BitsFailure& failure) {
     failure = *oversized;
     return true;
   }
-  if (Clock::now() - _lastBytes < StallLimit) return false;
+  const auto limit = std::chrono::seconds(Settings().downloadStallSeconds);
+  if (Clock::now() - _lastBytes < limit) return false;
   failure = OwnFailure(BG_ERROR_CONTEXT_GENERAL_TRANSPORT, NoBytesInTime);
   return true;
 }

@@ -1,5 +1,9 @@
 #include "reference_host/common/BitsFailure.h"
 
+#include <cwchar>
+#include <iterator>
+#include <map>
+
 namespace refhost {
 
 namespace {
@@ -37,7 +41,7 @@ const wchar_t* OwnText(HRESULT code) {
     case OtherAnswer:
       return L"the server answered with something of another length than the file's";
     case TooLargeFile:
-      return L"the file is larger than any package may be";
+      return L"the file is larger than maxFileBytes allows";
     case NoBytesInTime:
       return L"no bytes arrived in time";
     case EndedByOthers:
@@ -45,6 +49,27 @@ const wchar_t* OwnText(HRESULT code) {
     default:
       return nullptr;
   }
+}
+
+std::wstring HttpText(std::uint32_t status) {
+  const bool redirection = status >= 300 && status < 400;
+  return L"the server answered with HTTP status " + std::to_wstring(status) +
+         (redirection ? L", a redirection, which is not followed" : L"");
+}
+
+std::wstring WinHttpText(std::uint32_t error) {
+  static const std::map<std::uint32_t, const wchar_t*> texts{
+      {12002, L"the server did not answer in time"},
+      {12005, L"the address is no URL"},
+      {12006, L"the address is neither https nor of this machine"},
+      {12007, L"the server's name is not known"},
+      {12029, L"no connection to the server can be made"},
+      {12030, L"the connection broke"},
+      {12175, L"the server's certificate is not accepted"},
+      {12184, L"the answer is longer than it may be"}};
+  const auto found = texts.find(error);
+  const wchar_t* text = found != texts.end() ? found->second : L"the server was not reached";
+  return text + (L", error " + std::to_wstring(error));
 }
 
 }  // namespace
@@ -63,16 +88,22 @@ bool IsTransient(const BitsFailure& failure) {
   }
 }
 
+HRESULT HttpCode(unsigned long status) { return static_cast<HRESULT>(HttpFacility + status); }
+
 std::wstring DescriptionOf(HRESULT code) {
-  if (const auto status = NumberIn(HttpFacility, code)) {
-    return L"the server answered with HTTP status " + std::to_wstring(status);
-  }
+  if (const auto status = NumberIn(HttpFacility, code)) return HttpText(status);
   if (const auto error = NumberIn(SystemFacility, code); error >= 12000 && error < 13000) {
-    return L"the server was not reached, error " + std::to_wstring(error);
+    return WinHttpText(error);
   }
   if (const wchar_t* text = OwnText(code)) return text;
   const std::wstring text = SystemText(code);
   return text.empty() ? L"no description is available" : text;
+}
+
+std::wstring DescriptionWithCode(HRESULT code) {
+  wchar_t number[16];
+  std::swprintf(number, std::size(number), L"0x%08X", static_cast<unsigned int>(code));
+  return DescriptionOf(code) + L" (code " + number + L")";
 }
 
 }  // namespace refhost

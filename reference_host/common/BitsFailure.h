@@ -22,6 +22,7 @@ constexpr auto TruncatedFile = static_cast<HRESULT>(0x80070026);  ///< ERROR_HAN
 constexpr auto OverlongFile = static_cast<HRESULT>(0x80070018);   ///< ERROR_BAD_LENGTH
 constexpr auto OtherAnswer = static_cast<HRESULT>(0x8007000D);    ///< ERROR_INVALID_DATA
 constexpr auto TooLargeFile = static_cast<HRESULT>(0x800700DF);   ///< ERROR_FILE_TOO_LARGE
+constexpr auto FullDisk = static_cast<HRESULT>(0x80070070);       ///< ERROR_DISK_FULL
 constexpr auto NoBytesInTime = static_cast<HRESULT>(0x800705B4);  ///< ERROR_TIMEOUT
 constexpr auto EndedByOthers = static_cast<HRESULT>(0x800704C7);  ///< ERROR_CANCELLED
 
@@ -30,8 +31,14 @@ constexpr auto EndedByOthers = static_cast<HRESULT>(0x800704C7);  ///< ERROR_CAN
 /// the file does not count.
 bool IsTransient(const BitsFailure& failure);
 
+/// @return the code that BITS has for an HTTP status.
+HRESULT HttpCode(unsigned long status);
+
 /// @return a sentence for a code that nobody else describes: HTTP statuses, WinHTTP's errors, the
 /// codes above, and what the system knows.
 std::wstring DescriptionOf(HRESULT code);
+
+/// @return that sentence and the code: "... (code 0x80190194)".
+std::wstring DescriptionWithCode(HRESULT code);
 
 }  // namespace refhost

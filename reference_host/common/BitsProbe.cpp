@@ -1,9 +1,11 @@
 #include "reference_host/common/BitsProbe.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <thread>
 
+#include "reference_host/common/Configuration.h"
 #include "reference_host/common/HttpExchange.h"
 
 namespace refhost {
@@ -11,14 +13,17 @@ namespace refhost {
 namespace {
 
 constexpr unsigned long FirstTransportError = 12000;
-constexpr HRESULT HttpCodes = static_cast<HRESULT>(0x80190000);
 
 bool IsHttpError(unsigned long status) { return status >= 400 && status < FirstTransportError; }
 
 /// The body, if there is one, is not received.
 ServerAnswer AskWith(const wchar_t* verb, const std::wstring& url, const std::wstring& headers) {
   HttpExchange exchange;
-  const unsigned long error = exchange.Send({.verb = verb, .url = url, .headers = headers});
+  ZLT::HttpTimeouts timeouts = ZLT::HttpTimeouts::DEFAULT;
+  const auto stallMs = static_cast<int>(1000 * Settings().downloadStallSeconds);
+  timeouts.receive = std::min(timeouts.receive, stallMs);
+  const unsigned long error =
+      exchange.Send({.verb = verb, .url = url, .headers = headers, .timeouts = timeouts});
   if (error != 0) return {error, std::nullopt};
   if (exchange.Status() != HTTP_STATUS_OK) return {exchange.Status(), std::nullopt};
   return {exchange.Status(), exchange.AnnouncedLength()};
@@ -35,7 +40,7 @@ ServerAnswer Ask(const std::wstring& url, const std::wstring& headers) {
 
 std::optional<BitsFailure> ServerAnswer::Refusal() const {
   if (status < 300 || status >= FirstTransportError) return std::nullopt;
-  const HRESULT code = HttpCodes + static_cast<HRESULT>(status);
+  const HRESULT code = HttpCode(status);
   return BitsFailure{BG_ERROR_CONTEXT_REMOTE_FILE, code, DescriptionOf(code), {}};
 }
 

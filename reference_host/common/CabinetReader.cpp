@@ -22,10 +22,13 @@ struct Stream {
   Handle output;
   std::uint64_t position = 0;
   std::uint64_t room = 0;  ///< bytes that may still be written
+  std::string name;        ///< of the member that is written
 };
 
 /// The decoder opens "the file" by itself, with nothing but a name: it gets this thread's cabinet.
 thread_local const CabinetFile* t_cabinet = nullptr;
+/// Why a write has failed, which the decoder does not tell apart from a corrupt cabinet.
+thread_local std::string t_writeFault;
 
 Stream* AsStream(INT_PTR handle) { return reinterpret_cast<Stream*>(handle); }
 
@@ -54,8 +57,9 @@ UINT DIAMONDAPI Read(INT_PTR handle, void* buffer, UINT length) {
 UINT DIAMONDAPI Write(INT_PTR handle, void* buffer, UINT length) {
   Stream* stream = AsStream(handle);
   DWORD written = 0;
-  if (length > stream->room ||
-      !WriteFile(stream->output.Get(), buffer, length, &written, nullptr)) {
+  if (length > stream->room) return static_cast<UINT>(-1);
+  if (!WriteFile(stream->output.Get(), buffer, length, &written, nullptr)) {
+    t_writeFault = "cannot write " + stream->name + ", error " + std::to_string(GetLastError());
     return static_cast<UINT>(-1);
   }
   stream->room -= written;
@@ -116,11 +120,12 @@ class UnpackingPass : public Pass {
     CreateFolderOf(path);
     auto stream = std::make_unique<Stream>();
     stream->room = member.size;
+    stream->name = ZLT::String::UTF16ToUTF8(member.name);
     stream->output = Handle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!stream->output) {
-      throw std::runtime_error("cannot create " + ZLT::String::UTF16ToUTF8(member.name) +
-                               ", error " + std::to_string(GetLastError()));
+      throw std::runtime_error("cannot create " + stream->name + ", error " +
+                               std::to_string(GetLastError()));
     }
     return AsHandle(std::move(stream));
   }
@@ -168,11 +173,12 @@ void Run(const CabinetFile& cabinet, Pass& pass) {
       FDICreate(Allocate, Free, Open, Read, Write, Close, Seek, cpuUNKNOWN, &error), FDIDestroy);
   if (!decoder) throw std::runtime_error("the cabinet decoder cannot be started");
   t_cabinet = &cabinet;
+  t_writeFault.clear();
   char name[] = "package", folder[] = "";
   const BOOL done = FDICopy(decoder.get(), name, folder, 0, OnNotice, nullptr, &pass);
   t_cabinet = nullptr;
-  if (!pass.fault.empty())
-    throw std::runtime_error("the package cannot be unpacked: " + pass.fault);
+  const std::string& fault = pass.fault.empty() ? t_writeFault : pass.fault;
+  if (!fault.empty()) throw std::runtime_error("the package cannot be unpacked: " + fault);
   if (!done) {
     throw std::runtime_error("the package is corrupt, decoder's error " +
                              std::to_string(error.erfOper));

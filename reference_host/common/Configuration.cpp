@@ -8,11 +8,16 @@
 #include <stdexcept>
 
 #include "host/common/Text.h"
+#include "reference_host/common/MemberName.h"
 #include "reference_host/common/Url.h"
 
 namespace refhost {
 
 namespace {
+
+/// Below the one no package is delivered; up to the other every JSON writer is exact.
+constexpr std::uint64_t MinSizeLimit = 1024;
+constexpr std::uint64_t MaxSizeLimit = (1ull << 53) - 1;
 
 /// What is wrong with the file, in words for the person who wrote it.
 struct ConfigurationError : std::runtime_error {
@@ -43,15 +48,16 @@ class Reader {
     return _root[key].asBool();
   }
 
-  unsigned int Number(const char* key, unsigned int least, unsigned int most,
-                      unsigned int otherwise) const {
-    if (!_root.isMember(key)) return otherwise;
+  /// Reads a whole number; `number` keeps its value when the key is absent.
+  template <typename Whole>
+  void Number(const char* key, Whole least, Whole most, Whole& number) const {
+    if (!_root.isMember(key)) return;
     const Json::Value& value = _root[key];
-    if (!value.isUInt() || value.asUInt() < least || value.asUInt() > most) {
+    if (!value.isUInt64() || value.asUInt64() < least || value.asUInt64() > most) {
       Refuse(key, "must be a whole number from " + std::to_string(least) + " to " +
                       std::to_string(most));
     }
-    return value.asUInt();
+    number = static_cast<Whole>(value.asUInt64());
   }
 
   double Share(const char* key, double otherwise) const {
@@ -102,10 +108,9 @@ std::wstring ReadFolder(const Reader& reader, const char* key) {
   const bool letter =
       (folder[0] >= L'A' && folder[0] <= L'Z') || (folder[0] >= L'a' && folder[0] <= L'z');
   const bool fullPath = folder.size() > 3 && letter && folder[1] == L':' && folder[2] == L'\\';
-  // The folder is deleted as a whole after each title, so it must be one that was clearly meant.
-  const std::wstring components = folder + L"\\";
-  if (!fullPath || components.find(L"\\..\\") != std::wstring::npos ||
-      components.find(L"\\.\\") != std::wstring::npos) {
+  // The folder is deleted as a whole after each title, so it must be one that was clearly meant:
+  // Windows takes "C:\\. " for the drive's root, for example.
+  if (!fullPath || !RefusalOfMemberName(std::wstring_view(folder).substr(3)).empty()) {
     Refuse(key, "must be the full path of a folder below a drive's root");
   }
   return folder;
@@ -136,18 +141,22 @@ Configuration Read(const Reader& reader) {
   read.requireSignedPackages = reader.Flag("requireSignedPackages", read.requireSignedPackages);
   read.trustedPublishers = ReadThumbprints(reader, "trustedPublishers");
   constexpr unsigned int Day = 24 * 60 * 60;
-  read.processTimeoutSeconds =
-      reader.Number("processTimeoutSeconds", 1, Day, read.processTimeoutSeconds);
-  read.logMaxBytes = reader.Number("logMaxBytes", 1024, 1u << 30, read.logMaxBytes);
+  reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
+  reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);
+  reader.Number("maxFileBytes", MinSizeLimit, MaxSizeLimit, read.maxFileBytes);
+  reader.Number("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, read.maxUnpackedBytes);
+  reader.Number("logMaxBytes", 1024u, 1u << 30, read.logMaxBytes);
   read.retryWaitScale = reader.Share("retryWaitScale", read.retryWaitScale);
   return read;
 }
 
-/// @return the reader's complaint ("* Line 2, Column 5\n  Missing ...") on one line.
+/// @return the reader's complaint ("* Line 2, Column 5\n  Missing ...") on one line. It may quote
+/// the file, and with it any control character.
 std::string OnOneLine(const std::string& complaint) {
   std::string line;
   for (const char c : complaint) {
-    const bool blank = c == '\n' || c == ' ' || c == '*';
+    const bool control = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+    const bool blank = control || c == ' ' || c == '*';
     if (!blank) line += c;
     if (blank && !line.empty() && line.back() != ' ') line += ' ';
   }

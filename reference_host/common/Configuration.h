@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -18,8 +19,11 @@ struct Configuration {
   bool requireSignedPackages = true;
   std::vector<std::string> trustedPublishers;  ///< SHA-256 thumbprints, 64 lower-case hex digits
   unsigned int processTimeoutSeconds = 600;    ///< for programs that are run to their end
-  unsigned int logMaxBytes = 4u << 20;         ///< a log of this size is rotated
-  double retryWaitScale = 1.0;                 ///< test labs only: shortens every retry wait
+  unsigned int downloadStallSeconds = 60;      ///< a download without a byte for so long has failed
+  std::uint64_t maxFileBytes = 4ull << 30;     ///< what one downloaded file may come to
+  std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
+  unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
+  double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait
 };
 
 /// Reads a configuration from JSON text; portable, no file or registry is touched.
@@ -31,5 +35,8 @@ std::string ParseConfiguration(const std::string& fileName, const std::string& j
 /// @return the process's configuration, complete with its defaults, read once; null when there is
 /// none that is usable.
 const Configuration* GetConfiguration();
+
+/// @return the process's configuration; the defaults where there is none that is usable.
+const Configuration& Settings();
 
 }  // namespace refhost

@@ -7,6 +7,7 @@
 #include "host/common/Utility.h"
 #include "reference_host/Startup.h"
 #include "reference_host/common/Configuration.h"
+#include "reference_host/common/FolderCreation.h"
 #include "reference_host/common/Folders.h"
 #include "reference_host/common/Handle.h"
 
@@ -82,10 +83,23 @@ const Configuration* GetConfiguration() {
   return loaded.configuration ? &*loaded.configuration : nullptr;
 }
 
+const Configuration& Settings() {
+  static const Configuration defaults;
+  const Configuration* configuration = GetConfiguration();
+  return configuration != nullptr ? *configuration : defaults;
+}
+
 bool Start(std::wstring& error) {
   const Loaded& loaded = TheLoaded();
   if (!loaded.configuration) {
     error = loaded.error;
+    return false;
+  }
+  // Where no log can be kept, the host is the only one who can still say why.
+  const std::wstring refusal = CreateFolder(loaded.configuration->logFolder, true);
+  if (!refusal.empty()) {
+    error = FileName() + L": the log folder " + loaded.configuration->logFolder + L" is refused: " +
+            refusal;
     return false;
   }
   ZLT::g_log.d(L"Host suite started, configured by %s", FileName().c_str());

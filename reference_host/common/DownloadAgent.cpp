@@ -9,6 +9,7 @@
 #include "host/common/Utility.h"
 #include "reference_host/common/BitsDownload.h"
 #include "reference_host/common/DownloadAgentOrder.h"
+#include "reference_host/common/ModulePin.h"
 
 using namespace refhost;
 
@@ -54,15 +55,6 @@ class DownloadAgent::State::Turn {
 };
 
 namespace {
-
-/// The service lives as long as the process, and threads of it may run as long: the module that
-/// they run in must not be unloaded under them.
-void PinModule() {
-  static const int anchor = 0;
-  HMODULE module;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                     reinterpret_cast<LPCWSTR>(&anchor), &module);
-}
 
 BG_JOB_PRIORITY Priority(long priority) {
   const bool known = priority >= BG_JOB_PRIORITY_FOREGROUND && priority <= BG_JOB_PRIORITY_LOW;

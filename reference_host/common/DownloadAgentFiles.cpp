@@ -4,6 +4,8 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Log.h"
+#include "reference_host/common/Configuration.h"
+#include "reference_host/common/Handle.h"
 #include "reference_host/common/Url.h"
 
 namespace refhost {
@@ -13,8 +15,6 @@ namespace {
 /// How often one file may get a new address, so that a service that hands out bad ones for ever
 /// does not keep a download alive for ever.
 constexpr int MaxRenewals = 3;
-/// What a file of unknown length may come to.
-constexpr std::uint64_t MaxFileBytes = 4ull << 30;
 
 HRESULT LastError() { return HRESULT_FROM_WIN32(GetLastError()); }
 
@@ -48,6 +48,19 @@ std::optional<BitsFailure> PlaceOne(const DownloadFile& file) {
   constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   if (MoveFileExW(part.c_str(), file.path.c_str(), Flags)) return std::nullopt;
   return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
+}
+
+/// @return S_OK, or why the file will not get to its place.
+HRESULT ClearPlace(const DownloadFile& file) {
+  const std::wstring part = file.PartPath();
+  if (!DeleteFileW(part.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) return LastError();
+  // Somebody may have it open still and let it be deleted: the name goes only with the last handle.
+  if (SizeOnDisk(part)) return HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
+  // A file that somebody has open cannot be replaced.
+  constexpr DWORD Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const Handle older(
+      CreateFileW(file.path.c_str(), DELETE, Sharing, nullptr, OPEN_EXISTING, 0, nullptr));
+  return older || GetLastError() == ERROR_FILE_NOT_FOUND ? S_OK : LastError();
 }
 
 }  // namespace
@@ -135,10 +148,36 @@ void DownloadFileSet::SettleLengths() {
 }
 
 std::optional<BitsFailure> DownloadFileSet::FindOversized() const {
+  const std::uint64_t most = Settings().maxFileBytes;
   for (const DownloadFile& file : _files) {
-    if (file.transferred <= file.length.value_or(MaxFileBytes)) continue;
-    return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_TRANSPORT,
-                     file.length ? OverlongFile : TooLargeFile);
+    if (std::max(file.transferred, file.length.value_or(0)) > most) {
+      return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_TRANSPORT, TooLargeFile);
+    }
+    if (file.transferred > file.length.value_or(most)) {
+      return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_TRANSPORT, OverlongFile);
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<BitsFailure> DownloadFileSet::FindNoRoom() const {
+  std::uint64_t needed = 0;
+  for (const DownloadFile& file : _files) {
+    const std::uint64_t length = file.finished ? 0 : file.length.value_or(0);
+    needed += length - std::min(length, file.transferred);
+    ULARGE_INTEGER room{};
+    const std::wstring folder = file.path.substr(0, file.path.find_last_of(L'\\'));
+    if (!GetDiskFreeSpaceExW(folder.c_str(), &room, nullptr, nullptr)) continue;
+    if (needed > room.QuadPart) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, FullDisk);
+  }
+  return std::nullopt;
+}
+
+std::optional<BitsFailure> DownloadFileSet::ClearPlaces() const {
+  for (const DownloadFile& file : _files) {
+    if (file.finished) continue;
+    const HRESULT result = ClearPlace(file);
+    if (FAILED(result)) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
   }
   return std::nullopt;
 }

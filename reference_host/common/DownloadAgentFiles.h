@@ -63,8 +63,17 @@ class DownloadFileSet {
   /// Once a job has all: what nobody has announced is as long as it is.
   void SettleLengths();
 
-  /// @return the failure of a file that has grown past its announced length or past any sense.
+  /// @return the failure of a file that has grown past its announced length, or that is larger, by
+  /// what has come or by what is announced, than any file may be.
   std::optional<BitsFailure> FindOversized() const;
+
+  /// @return the failure when the disk does not take what is still to come of the known lengths.
+  std::optional<BitsFailure> FindNoRoom() const;
+
+  /// Removes what a process that died has left in the unfinished files' places.
+  /// @return the failure when one of the places cannot be written to: better known before a
+  /// transfer than behind it.
+  std::optional<BitsFailure> ClearPlaces() const;
 
   /// Puts what has arrived into its place; the job that brought it is completed.
   /// @return the first failure: a file that was cut off, or that could not be put there.

@@ -1,6 +1,7 @@
 #include "reference_host/common/DownloadAgentOrder.h"
 
 #include "host/common/Text.h"
+#include "reference_host/common/FolderCreation.h"
 #include "reference_host/common/MemberName.h"
 #include "reference_host/common/Url.h"
 
@@ -17,6 +18,11 @@ bool StartsWith(const std::wstring& path, const std::wstring& folder) {
 }  // namespace
 
 std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstring& folder) {
+  if (files.empty()) return {};
+  const std::wstring refusal = RefusalOfFolder(folder);
+  if (!refusal.empty()) {
+    return files.begin()->second + L" is refused, its folder cannot be used: " + refusal;
+  }
   MemberNames names;
   for (const auto& [url, path] : files) {
     if (!IsAllowedUrl(url)) {
@@ -25,8 +31,8 @@ std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstr
     if (!StartsWith(path, folder + L"\\")) {
       return path + L" is refused: it is not below the download folder";
     }
-    const std::string refusal = names.Add(path.substr(folder.size() + 1));
-    if (!refusal.empty()) return path + L" is refused: " + ZLT::String::UTF8ToUTF16(refusal);
+    const std::string fault = names.Add(path.substr(folder.size() + 1));
+    if (!fault.empty()) return path + L" is refused: " + ZLT::String::UTF8ToUTF16(fault);
   }
   return {};
 }

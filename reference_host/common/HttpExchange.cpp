@@ -175,16 +175,4 @@ unsigned long HttpExchange::ReadBody(const HttpLimits& limits, const Sink& sink)
   }
 }
 
-bool HeadLength(const std::wstring& url, const std::wstring& headers, std::uint64_t& length,
-                unsigned long& status) {
-  HttpExchange exchange;
-  const unsigned long error = exchange.Send({.verb = L"HEAD", .url = url, .headers = headers});
-  status = error != 0 ? error : exchange.Status();
-  const std::optional<std::uint64_t> announced =
-      error == 0 ? exchange.AnnouncedLength() : std::nullopt;
-  if (status != HTTP_STATUS_OK || !announced) return false;
-  length = *announced;
-  return true;
-}
-
 }  // namespace refhost

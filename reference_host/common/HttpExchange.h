@@ -73,12 +73,4 @@ class HttpExchange {
   unsigned long _status = 0;
 };
 
-/// Asks with HEAD how long a file is; blocks for at most the default time-outs.
-/// @param headers in, lines separated by CR LF.
-/// @param length out, in bytes; untouched on failure.
-/// @param status out, the HTTP status, or the transport's error number when no reply arrived.
-/// @return true when the status is 200 and the length was announced.
-bool HeadLength(const std::wstring& url, const std::wstring& headers, std::uint64_t& length,
-                unsigned long& status);
-
 }  // namespace refhost

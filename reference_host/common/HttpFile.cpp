@@ -2,17 +2,16 @@
 
 #include <atomic>
 
-#include "host/common/FileSystem.h"
 #include "host/common/HttpRequest.h"
 #include "host/common/Log.h"
+#include "reference_host/common/BitsFailure.h"
+#include "reference_host/common/Configuration.h"
+#include "reference_host/common/FolderCreation.h"
 #include "reference_host/common/Handle.h"
 #include "reference_host/common/HttpExchange.h"
 #include "reference_host/common/Url.h"
 
 namespace {
-
-/// A body without an announced length ends somewhere.
-constexpr std::uint64_t MaxFileBytes = std::uint64_t{4} << 30;
 
 /// Such a path is what it looks like: no "..", no device, no stream, no trailing dot. Names within
 /// come from the cloud.
@@ -66,19 +65,37 @@ class PartialFile {
   bool _placed = false;
 };
 
-/// @return 0, or why the file is not there: an HTTP status, WinHTTP's or the system's error number.
-unsigned long Fetch(const std::wstring& url, const std::wstring& localPath,
-                    const std::wstring& headers) {
-  if (!IsPlainFullPath(localPath)) return ERROR_BAD_PATHNAME;
+/// The file must not be waited for longer than any other download.
+ZLT::HttpTimeouts Timeouts() {
+  ZLT::HttpTimeouts timeouts = ZLT::HttpTimeouts::DEFAULT;
+  timeouts.receive = static_cast<int>(1000 * refhost::Settings().downloadStallSeconds);
+  return timeouts;
+}
+
+/// @return S_OK, or why the file is not there.
+HRESULT Fetch(const std::wstring& url, const std::wstring& localPath, const std::wstring& headers) {
   refhost::HttpExchange exchange;
-  if (const auto error = exchange.Send({.url = url, .headers = headers})) return error;
-  if (exchange.Status() != HTTP_STATUS_OK) return exchange.Status();
+  const unsigned long failure =
+      exchange.Send({.url = url, .headers = headers, .timeouts = Timeouts()});
+  if (failure != 0) return HRESULT_FROM_WIN32(failure);
+  if (exchange.Status() != HTTP_STATUS_OK) return refhost::HttpCode(exchange.Status());
   PartialFile file(localPath);
-  if (!file.IsOpen()) return GetLastError();
+  if (!file.IsOpen()) return HRESULT_FROM_WIN32(GetLastError());
   const unsigned long error = exchange.ReadBody(
-      {MaxFileBytes},
+      {refhost::Settings().maxFileBytes},
       [&file](const char* bytes, std::size_t count) { return file.Write(bytes, count); });
-  return error != 0 ? error : file.Place();
+  return HRESULT_FROM_WIN32(error != 0 ? error : file.Place());
+}
+
+/// @return why the file is not there (a phrase for the log), empty when it is.
+std::wstring FetchTrusted(const std::wstring& url, const std::wstring& localPath,
+                          const std::wstring& headers) {
+  if (!IsPlainFullPath(localPath)) return L"its place is no plain full path";
+  const std::wstring folder = localPath.substr(0, localPath.find_last_of(L'\\'));
+  const std::wstring refusal = refhost::RefusalOfFolder(folder);
+  if (!refusal.empty()) return L"its folder cannot be used: " + refusal;
+  const HRESULT code = Fetch(url, localPath, headers);
+  return FAILED(code) ? refhost::DescriptionWithCode(code) : std::wstring();
 }
 
 }  // namespace
@@ -87,13 +104,12 @@ namespace ZLT {
 
 bool HttpRequest::DownloadFile(const std::wstring& url, const std::wstring& localPath,
                                const std::wstring& headers) {
-  const unsigned long failure = Fetch(url, localPath, headers);
-  if (failure != 0) {
-    g_log.e(L"HttpRequest: %s was not fetched from %s, status or error %lu",
-            FileSystem::getFileName(localPath).c_str(), refhost::WithoutQuery(url).c_str(),
-            failure);
+  const std::wstring cause = FetchTrusted(url, localPath, headers);
+  if (!cause.empty()) {
+    g_log.e(L"HttpRequest: %s from %s, attempt 1: %s", localPath.c_str(),
+            refhost::WithoutQuery(url).c_str(), cause.c_str());
   }
-  return failure == 0;
+  return cause.empty();
 }
 
 }  // namespace ZLT

@@ -1,6 +1,7 @@
 #include "host/common/HttpRequest.h"
 
 #include "host/common/Log.h"
+#include "reference_host/common/BitsFailure.h"
 #include "reference_host/common/HttpExchange.h"
 #include "reference_host/common/Url.h"
 
@@ -64,8 +65,8 @@ bool HttpRequest::doPost(const char* body, unsigned long length, const wchar_t* 
     // No part of a reply that is not whole is handed on.
     state.body.clear();
     state.status = error;
-    g_log.e(L"HttpRequest: POST %s failed, error %lu",
-            refhost::WithoutQuery(state.call.url).c_str(), error);
+    g_log.e(L"HttpRequest: POST %s failed: %s", refhost::WithoutQuery(state.call.url).c_str(),
+            refhost::DescriptionOf(HRESULT_FROM_WIN32(error)).c_str());
   }
   state.stream.str(state.body);
   state.stream.clear();

@@ -9,6 +9,7 @@
 #include "host/common/FileSystem.h"
 #include "host/common/Utility.h"
 #include "reference_host/common/Configuration.h"
+#include "reference_host/common/FolderCreation.h"
 #include "reference_host/common/Folders.h"
 #include "reference_host/common/LogFile.h"
 #include "reference_host/common/LogRecord.h"
@@ -19,12 +20,6 @@ namespace {
 
 constexpr int ErrorLevel = 1;
 constexpr int DebugLevel = 4;
-
-std::uint64_t MaxLogBytes() {
-  const refhost::Configuration* configuration = refhost::GetConfiguration();
-  return configuration != nullptr ? configuration->logMaxBytes
-                                  : refhost::Configuration().logMaxBytes;
-}
 
 refhost::LogRecordHead HeadOfNow(char level) {
   using namespace std::chrono;
@@ -83,9 +78,10 @@ bool Log::Open(const wchar_t* fileName, int level) {
   const std::wstring folder = refhost::LogFolder();
   const std::wstring name = fileName;
   if (name.empty() || name != FileSystem::getFileName(name)) return false;
-  FileSystem::createDirectory(folder, true);
+  // Not through the log's own host, which would log what is wrong with it.
+  if (!refhost::CreateFolder(folder, true).empty()) return false;
   const std::scoped_lock lock(m_pState->mutex);
-  if (!m_pState->file.Open(folder + L"\\" + name, MaxLogBytes())) return false;
+  if (!m_pState->file.Open(folder + L"\\" + name, refhost::Settings().logMaxBytes)) return false;
   m_pState->level = level;
   return true;
 }

@@ -17,17 +17,9 @@ using namespace refhost;
 
 namespace {
 
-/// A package that unpacks to more is taken for a trap.
-constexpr std::uint64_t MaxUnpackedBytes = 4ull << 30;
-
 constexpr int MaxFolderNumber = 1000;
 
-/// Without a usable configuration nothing is taken on trust.
-PackagePolicy Policy() {
-  const Configuration* configuration = GetConfiguration();
-  if (configuration == nullptr) return {};
-  return {configuration->requireSignedPackages, configuration->trustedPublishers};
-}
+PackagePolicy Policy() { return {Settings().requireSignedPackages, Settings().trustedPublishers}; }
 
 /// Judges all members before the first is written.
 void CheckMembers(const CabinetFile& cabinet) {
@@ -40,7 +32,9 @@ void CheckMembers(const CabinetFile& cabinet) {
                                "): " + ZLT::String::UTF16ToUTF8(member.name));
     }
     total += member.size;
-    if (total > MaxUnpackedBytes) throw std::runtime_error("the package unpacks to too many bytes");
+    if (total > Settings().maxUnpackedBytes) {
+      throw std::runtime_error("the package unpacks to more bytes than maxUnpackedBytes allows");
+    }
   }
 }
 

@@ -14,24 +14,26 @@ Handle OpenNull() {
                             nullptr));
 }
 
-/// Names the one handle that the child inherits. Without it the child would get every inheritable
+/// Names the handles that the child inherits. Without that the child would get every inheritable
 /// handle that any thread of this process has open at the moment.
-class InheritedHandle {
+class InheritedHandles {
  public:
-  explicit InheritedHandle(HANDLE handle) : _handle(handle) {
+  /// @param output in, null: none but `input`.
+  InheritedHandles(HANDLE input, HANDLE output)
+      : _handles{input, output}, _count(output != nullptr ? 2 : 1) {
     SIZE_T size = 0;
     InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
     _memory.resize(size);
     _usable = InitializeProcThreadAttributeList(List(), 1, 0, &size) != 0;
     if (!_usable) return;
-    _complete = UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, &_handle,
-                                          sizeof _handle, nullptr, nullptr) != 0;
+    _complete = UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, _handles,
+                                          _count * sizeof(HANDLE), nullptr, nullptr) != 0;
   }
-  ~InheritedHandle() {
+  ~InheritedHandles() {
     if (_usable) DeleteProcThreadAttributeList(List());
   }
-  InheritedHandle(const InheritedHandle&) = delete;
-  InheritedHandle& operator=(const InheritedHandle&) = delete;
+  InheritedHandles(const InheritedHandles&) = delete;
+  InheritedHandles& operator=(const InheritedHandles&) = delete;
 
   bool IsComplete() const { return _complete; }
   LPPROC_THREAD_ATTRIBUTE_LIST List() {
@@ -39,20 +41,22 @@ class InheritedHandle {
   }
 
  private:
-  HANDLE _handle;
+  HANDLE _handles[2];
+  std::size_t _count;
   std::vector<std::byte> _memory;
   bool _usable = false;
   bool _complete = false;
 };
 
-STARTUPINFOEXW StartupInformation(const ProcessSpec& spec, HANDLE streams,
-                                  InheritedHandle& inherited) {
+STARTUPINFOEXW StartupInformation(const ProcessSpec& spec, HANDLE null,
+                                  InheritedHandles& inherited) {
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof startup;
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
   startup.StartupInfo.wShowWindow = spec.hidden ? SW_HIDE : SW_SHOWNORMAL;
-  startup.StartupInfo.hStdInput = startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
-      streams;
+  startup.StartupInfo.hStdInput = null;
+  startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
+      spec.output != nullptr ? spec.output : null;
   startup.lpAttributeList = inherited.List();
   return startup;
 }
@@ -77,7 +81,7 @@ BOOL Create(const ProcessSpec& spec, STARTUPINFOEXW& startup, PROCESS_INFORMATIO
 
 StartedProcess StartProcess(const ProcessSpec& spec) {
   const Handle null = OpenNull();
-  InheritedHandle inherited(null.Get());
+  InheritedHandles inherited(null.Get(), spec.output);
   if (!null || !inherited.IsComplete()) return {};
   STARTUPINFOEXW startup = StartupInformation(spec, null.Get(), inherited);
   PROCESS_INFORMATION process{};

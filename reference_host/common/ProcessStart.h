@@ -20,13 +20,14 @@ struct StartedProcess {
 struct ProcessSpec {
   std::wstring commandLine;
   std::wstring workingDirectory;
-  bool hidden = true;      ///< without a visible window
-  bool suspended = false;  ///< its first thread waits for ResumeThread
-  HANDLE token = nullptr;  ///< whose rights and session; null: this process's own
+  bool hidden = true;       ///< without a visible window
+  bool suspended = false;   ///< its first thread waits for ResumeThread
+  HANDLE token = nullptr;   ///< whose rights and session; null: this process's own
+  HANDLE output = nullptr;  ///< inheritable, for standard output and error; null: they lead nowhere
 };
 
-/// Starts a program. Its standard input, output and error lead nowhere, so that none can wait for
-/// input that never comes; it inherits no other handle of this process.
+/// Starts a program. Its standard input is at its end, so that none can wait for input that never
+/// comes; it inherits no handle of this process but those of its streams.
 /// @return the process, nothing (and the last error) when it does not start.
 StartedProcess StartProcess(const ProcessSpec& spec);
 

@@ -1,7 +1,16 @@
 #include "host/common/ProcessWrap.h"
 
+#include <chrono>
+#include <memory>
+#include <system_error>
+#include <thread>
+
 #include "host/common/Log.h"
+#include "host/common/Text.h"
 #include "reference_host/common/Configuration.h"
+#include "reference_host/common/Folders.h"
+#include "reference_host/common/ModulePin.h"
+#include "reference_host/common/ProcessOutput.h"
 #include "reference_host/common/ProcessStart.h"
 #include "reference_host/common/ProcessTree.h"
 #include "reference_host/common/UserSession.h"
@@ -10,10 +19,10 @@ namespace ZLT {
 
 namespace {
 
-DWORD TimeoutMilliseconds() {
-  const refhost::Configuration* configuration = refhost::GetConfiguration();
-  return 1000 * (configuration != nullptr ? configuration->processTimeoutSeconds
-                                          : refhost::Configuration().processTimeoutSeconds);
+using Clock = std::chrono::steady_clock;
+
+std::chrono::milliseconds Since(Clock::time_point begin) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
 }
 
 enum class Ending { Ended, Cancelled, TimedOut };
@@ -22,7 +31,8 @@ enum class Ending { Ended, Cancelled, TimedOut };
 Ending WaitForEnd(HANDLE process, HANDLE cancelHandle) {
   const HANDLE handles[] = {process, cancelHandle};
   const DWORD count = cancelHandle != nullptr ? 2 : 1;
-  const DWORD result = WaitForMultipleObjects(count, handles, FALSE, TimeoutMilliseconds());
+  const DWORD timeoutMs = 1000 * refhost::Settings().processTimeoutSeconds;
+  const DWORD result = WaitForMultipleObjects(count, handles, FALSE, timeoutMs);
   if (result == WAIT_OBJECT_0) return Ending::Ended;
   return result == WAIT_OBJECT_0 + 1 ? Ending::Cancelled : Ending::TimedOut;
 }
@@ -31,30 +41,90 @@ bool IsSignalled(HANDLE event) {
   return event != nullptr && WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
 }
 
-/// @return true when the program ended by itself with exit code 0.
-bool HasSucceeded(HANDLE process, const std::wstring& commandLine) {
+void LogNotStarted(unsigned long error, const std::wstring& commandLine) {
+  g_log.e(L"ProcessWrap: not started, error %lu: %s", error, commandLine.c_str());
+}
+
+/// @return exit code of a program that has ended; what is not to be found out is no success.
+DWORD ExitCodeOf(HANDLE process) {
   DWORD exitCode = 1;
-  const bool known = GetExitCodeProcess(process, &exitCode) != 0;
-  g_log.d(L"ProcessWrap: exit code %lu of %s", exitCode, commandLine.c_str());
-  return known && exitCode == 0;
+  GetExitCodeProcess(process, &exitCode);
+  return exitCode;
+}
+
+std::wstring TextOf(Ending ending, DWORD exitCode) {
+  if (ending == Ending::Cancelled) return L"ended by the cancel event";
+  if (ending == Ending::TimedOut) {
+    return L"ended by its time-out of " +
+           std::to_wstring(refhost::Settings().processTimeoutSeconds) + L" s";
+  }
+  return L"exit code " + std::to_wstring(exitCode);
 }
 
 bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirectory, bool hidden,
               HANDLE cancelHandle) {
-  refhost::ProcessTree tree({commandLine, workingDirectory, hidden});
+  refhost::OutputPipe pipe;
+  const auto begin = Clock::now();
+  refhost::ProcessTree tree(
+      {commandLine, workingDirectory, hidden, false, nullptr, pipe.WriteEnd()});
   if (!tree.IsRunning()) {
-    g_log.e(L"ProcessWrap: not started, error %lu: %s", tree.Error(), commandLine.c_str());
+    LogNotStarted(tree.Error(), commandLine);
     return false;
   }
+  pipe.Read();
   const Ending ending = WaitForEnd(tree.Process(), cancelHandle);
   if (ending == Ending::Ended) {
     tree.Release();
-    return HasSucceeded(tree.Process(), commandLine);
+  } else {
+    tree.End();
   }
-  tree.End();
-  g_log.e(L"ProcessWrap: ended by %s: %s",
-          ending == Ending::Cancelled ? L"the cancel event" : L"its time-out", commandLine.c_str());
-  return false;
+  const std::chrono::milliseconds duration = Since(begin);
+  const DWORD exitCode = ExitCodeOf(tree.Process());
+  refhost::LogProcessEnd(ending != Ending::Ended, TextOf(ending, exitCode), duration, commandLine,
+                         pipe.Collect());
+  return ending == Ending::Ended && exitCode == 0;
+}
+
+/// An installer that is under way, for the record of its end.
+struct Watched {
+  std::wstring commandLine;
+  refhost::Handle process;
+  refhost::OutputFile output;
+  Clock::time_point begin;
+
+  void ToEnd() const {
+    WaitForSingleObject(process.Get(), INFINITE);
+    refhost::LogProcessEnd(false, TextOf(Ending::Ended, ExitCodeOf(process.Get())), Since(begin),
+                           commandLine, output.Collect());
+  }
+};
+
+/// Nobody waits for the thread: the caller waits for the process itself, as long as it wants to.
+void WatchAside(std::shared_ptr<const Watched> watched) {
+  refhost::PinModule();
+  try {
+    std::thread([watched = std::move(watched)] { watched->ToEnd(); }).detach();
+  } catch (const std::system_error& error) {
+    g_log.e(L"ProcessWrap: the end will not be logged: %s",
+            String::UTF8ToUTF16(error.what()).c_str());
+  }
+}
+
+/// In the signed-in user's session where that can be done, else in this process's own.
+refhost::StartedProcess StartForUser(refhost::ProcessSpec spec) {
+  const refhost::Handle token = refhost::TokenForUserSession();
+  spec.token = token.Get();
+  refhost::StartedProcess started = refhost::StartProcess(spec);
+  if (started || spec.token == nullptr) return started;
+  spec.token = nullptr;
+  return refhost::StartProcess(spec);
+}
+
+refhost::Handle Duplicate(HANDLE process) {
+  HANDLE copy = nullptr;
+  DuplicateHandle(GetCurrentProcess(), process, GetCurrentProcess(), &copy, 0, FALSE,
+                  DUPLICATE_SAME_ACCESS);
+  return refhost::Handle(copy);
 }
 
 }  // namespace
@@ -65,17 +135,16 @@ int ProcessWrap::CreateProcessInUserSession(const std::wstring& commandLine,
                                             const std::wstring& workingDirectory,
                                             HANDLE& processHandle, bool hidden) {
   processHandle = nullptr;
-  const refhost::Handle token = refhost::TokenForUserSession();
-  refhost::ProcessSpec spec{commandLine, workingDirectory, hidden, false, token.Get()};
-  refhost::StartedProcess started = refhost::StartProcess(spec);
-  if (!started && spec.token != nullptr) {
-    spec.token = nullptr;
-    started = refhost::StartProcess(spec);
-  }
+  const auto begin = Clock::now();
+  refhost::OutputFile output(refhost::LogFolder());
+  refhost::StartedProcess started =
+      StartForUser({commandLine, workingDirectory, hidden, false, nullptr, output.WriteEnd()});
   if (!started) {
-    g_log.e(L"ProcessWrap: not started, error %lu: %s", GetLastError(), commandLine.c_str());
+    LogNotStarted(GetLastError(), commandLine);
     return 0;
   }
+  WatchAside(std::make_shared<Watched>(
+      Watched{commandLine, Duplicate(started.process.Get()), std::move(output), begin}));
   processHandle = started.process.Release();
   return 1;
 }

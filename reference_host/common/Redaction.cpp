@@ -18,19 +18,6 @@ bool IsTokenCharacter(wchar_t c) {
          c == L'-' || c == L'_';
 }
 
-/// @return position behind the token that starts at `at`: words joined by dots; `at` when there is
-/// none.
-std::size_t TokenEnd(std::wstring_view text, std::size_t at) {
-  if (at > 0 && IsTokenCharacter(text[at - 1])) return at;
-  std::size_t end = at;
-  bool hasDot = false;
-  while (end < text.size() && (IsTokenCharacter(text[end]) || text[end] == L'.')) {
-    hasDot = hasDot || text[end] == L'.';
-    ++end;
-  }
-  return hasDot ? end : at;
-}
-
 bool IsUrlStart(std::wstring_view rest) {
   const auto starts = [&](std::wstring_view scheme) {
     for (std::size_t i = 0; i < scheme.size(); ++i) {
@@ -40,6 +27,21 @@ bool IsUrlStart(std::wstring_view rest) {
   };
   return starts(L"http://") || starts(L"https://") || starts(LR"(http:\/\/)") ||
          starts(LR"(https:\/\/)");
+}
+
+/// @return position behind the token that starts at `at`: words joined by dots; `at` when there is
+/// none.
+std::size_t TokenEnd(std::wstring_view text, std::size_t at) {
+  if (at > 0 && IsTokenCharacter(text[at - 1])) return at;
+  std::size_t end = at;
+  bool hasDot = false;
+  // A URL that follows without a blank has a query of its own to leave out.
+  while (end < text.size() && (IsTokenCharacter(text[end]) || text[end] == L'.') &&
+         !IsUrlStart(text.substr(end))) {
+    hasDot = hasDot || text[end] == L'.';
+    ++end;
+  }
+  return hasDot ? end : at;
 }
 
 /// Copies the URL that starts at `at`, without its query. @return position behind the URL.

@@ -1,26 +1,13 @@
 #include "reference_host/core/NotificationBus.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <exception>
 
 #include "host/common/Log.h"
 #include "host/common/Text.h"
+#include "reference_host/common/ModulePin.h"
 
 namespace refhost {
-
-namespace {
-
-/// Keeps this DLL loaded until the process ends. The bus's thread runs its code, and waiting for
-/// that thread while the DLL is unloaded would never end: the loader's lock is held then.
-void PinModule() {
-  HMODULE module = nullptr;
-  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                     reinterpret_cast<const wchar_t*>(&PinModule), &module);
-}
-
-}  // namespace
 
 std::wstring NotificationBus::Subscribe(Callback callback, bool replayLast) {
   const std::scoped_lock lock(_mutex);

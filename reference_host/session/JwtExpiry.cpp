@@ -66,4 +66,11 @@ std::optional<std::int64_t> JwtExpiry(const std::string& jwt) {
   return static_cast<std::int64_t>(expiry.asDouble());
 }
 
+std::string JwtOfReply(const std::string& reply) {
+  Json::Value root;
+  if (!ReadJson(reply, root) || !root["jwt"].isString()) return {};
+  std::string jwt = root["jwt"].asString();
+  return IsJwt(jwt) ? jwt : std::string();
+}
+
 }  // namespace refhost

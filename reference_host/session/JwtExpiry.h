@@ -14,4 +14,8 @@ bool IsJwt(const std::string& jwt);
 /// @return seconds since 1970-01-01 00:00 UTC; nothing when the token does not tell.
 std::optional<std::int64_t> JwtExpiry(const std::string& jwt);
 
+/// @return the token in a reply of the token exchange, empty when it holds none that may stand in a
+/// header.
+std::string JwtOfReply(const std::string& reply);
+
 }  // namespace refhost

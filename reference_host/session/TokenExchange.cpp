@@ -2,12 +2,9 @@
 
 #include <windows.h>
 // Behind windows.h, whose types it needs.
-#include <json/reader.h>
 #include <json/value.h>
 #include <json/writer.h>
 #include <winhttp.h>
-
-#include <memory>
 
 #include "host/common/HttpRequest.h"
 #include "host/common/Text.h"
@@ -23,17 +20,6 @@ std::string RequestBody(const std::string& sessionToken) {
   return Json::writeString(Json::StreamWriterBuilder(), body);
 }
 
-/// @return the reply's token, empty when it holds none that may stand in a header.
-std::string ReadJwt(const std::string& reply) try {
-  Json::Value root;
-  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-  if (!reader->parse(reply.data(), reply.data() + reply.size(), &root, nullptr)) return {};
-  const std::string jwt = root["jwt"].asString();
-  return IsJwt(jwt) ? jwt : std::string();
-} catch (const Json::Exception&) {
-  return {};  // another shape than asked for
-}
-
 }  // namespace
 
 unsigned long ExchangeToken(const std::string& tokenUrl, const std::string& sessionToken,
@@ -44,7 +30,7 @@ unsigned long ExchangeToken(const std::string& tokenUrl, const std::string& sess
   const bool answered = request.doPost(body.data(), static_cast<unsigned long>(body.size()),
                                        L"Content-Type: application/json");
   if (!answered || request.getStatusCode() != HTTP_STATUS_OK) return request.getStatusCode();
-  const std::string received = ReadJwt(request.getStream().str());
+  const std::string received = JwtOfReply(request.getStream().str());
   if (received.empty()) return ERROR_WINHTTP_INVALID_SERVER_RESPONSE;
   jwt = received;
   return 0;

@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <fstream>
+#include <optional>
 
 #include "tests/e2e/Lab.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -21,7 +26,125 @@ void Tell(const char* name, const std::string& expected, const std::string& seen
   std::fflush(stdout);
 }
 
+/// As in fixtures.sh.
+constexpr const char* OddName = "a & b; $(exit 1) %TEMP% it's \u00FC";
+
+/// What is wrong with the device itself.
+struct DeviceRow {
+  const char* name;
+  const char* title;
+  std::function<void(Lab&)> prepare;
+  int code;
+  const char* status;
+  const char* said;  ///< in one of the logs
+};
+
+fs::path Downloads(const Lab& lab) { return lab.DriveC() / "lab" / "download"; }
+
+void MakeLink(Lab& lab) {
+  fs::create_directories(lab.DriveC() / "lab" / "elsewhere");
+  std::ofstream(lab.DriveC() / "lab" / "elsewhere" / "kept") << "x";
+  fs::create_directory_symlink("elsewhere", Downloads(lab));
+}
+
+/// A Windows program that holds the file open until the object goes.
+class Holder {
+ public:
+  explicit Holder(Lab& lab) {
+    fs::create_directories(Downloads(lab));
+    const fs::path file = Downloads(lab) / "alpha.cab.part";
+    _pipe = popen(R"(wine cmd /c 'pause >C:\lab\download\alpha.cab.part' >/dev/null 2>&1)", "w");
+    for (int tries = 0; tries < 1000 && !fs::exists(file); ++tries) usleep(10000);
+  }
+  ~Holder() { pclose(_pipe); }
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+
+ private:
+  FILE* _pipe;
+};
+
 }  // namespace
+
+TEST(Failure, FaultsOfTheDeviceEndAsTheyShould) {
+  std::optional<Holder> holder;
+  const auto set = [](const char* key, int value) {
+    return [key, value](Lab& lab) { lab.Configuration()[key] = value; };
+  };
+  const auto rows = std::to_array<DeviceRow>({
+      {"download folder is a file", "alpha",
+       [](Lab& lab) {
+         fs::create_directories(Downloads(lab).parent_path());
+         std::ofstream(Downloads(lab)) << "x";
+       },
+       -1, "not installed", "alpha.cab is refused, its folder cannot be used: a file has its name"},
+      {"download folder is a link", "alpha", MakeLink, -1, "not installed",
+       "download is refused: a link stands in its place"},
+      {"download folder of somebody else", "alpha",
+       [](Lab& lab) {
+         fs::create_directories(Downloads(lab));
+         if (chown(Downloads(lab).c_str(), 65534, 65534) != 0) fs::remove(Downloads(lab));
+       },
+       -1, "not installed", "download is refused: it belongs to somebody else"},
+      {"folder in a file's place", "alpha",
+       [](Lab& lab) { fs::create_directories(Downloads(lab) / "alpha.cab"); }, -1, "not installed",
+       "alpha.cab, attempt 1: Access denied (context 4, code 0x80070005)"},
+      {"file held by another program", "alpha", [&](Lab& lab) { holder.emplace(lab); }, -1,
+       "not installed", "alpha.cab, attempt 1: Sharing violation (context 4, code 0x80070020)"},
+      {"server falls silent", "alpha",
+       [](Lab& lab) {
+         lab.Configuration()["downloadStallSeconds"] = 2;
+         lab.Fault(R"({"on":"file:alpha.cab","call":0,"delayMs":120000})");
+       },
+       -1, "not installed", "attempt 1: no bytes arrived in time (context 6, code 0x800705B4)"},
+      {"file larger than allowed", "alpha", set("maxFileBytes", 100000), -1, "not installed",
+       "alpha.cab, attempt 1: the file is larger than maxFileBytes allows"},
+      {"package unpacks to too much", "alpha", set("maxUnpackedBytes", 100000), 48, "not installed",
+       "the package unpacks to more bytes than maxUnpackedBytes allows"},
+      {"file without a byte", "empty", [](Lab&) {}, 48, "not installed", "it is not a cabinet"},
+      {"name full of signs", OddName, [](Lab&) {}, 0, "installed", "exit code 0 after "},
+  });
+  for (const DeviceRow& row : rows) {
+    Lab lab({{row.title}});
+    row.prepare(lab);
+    if (std::string(row.said).ends_with("somebody else") && geteuid() != 0) continue;
+    const RunResult run = lab.Run("install");
+    holder.reset();
+    const auto seen = static_cast<int>(run.json["code"].asLargestInt());
+    EXPECT_EQ(seen, row.code) << row.name << run.errors;
+    EXPECT_EQ(StatusOf(run, row.title), row.status) << row.name;
+    const std::string logs = lab.LogText("ZLT.log") + lab.LogText("TolmarAgent.log");
+    EXPECT_NE(logs.find(row.said), std::string::npos) << row.name << logs;
+    const fs::path elsewhere = lab.DriveC() / "lab" / "elsewhere";
+    EXPECT_EQ(fs::exists(elsewhere), fs::exists(elsewhere / "kept")) << row.name;
+    Tell(row.name, std::to_string(row.code) + " " + row.status,
+         std::to_string(seen) + " " + StatusOf(run, row.title));
+  }
+}
+
+TEST(Failure, AfterAKilledDownloadTheNextOneSucceeds) {
+  const struct {
+    const char* name;
+    const char* fault;
+    std::function<bool(Lab&)> reached;
+  } rows[] = {
+      {"killed before the first byte", R"({"on":"file:alpha.cab","call":1,"delayMs":4000})",
+       [](Lab& lab) {
+         return lab.LogText("ZLT.log").find(" begins, files: 2") != std::string::npos;
+       }},
+      {"killed before the last file", R"({"on":"file:check-alpha.ps1","call":1,"delayMs":4000})",
+       [](Lab& lab) { return lab.Received("file").size() == 3; }},
+  };
+  for (const auto& row : rows) {
+    Lab lab({{"alpha"}});
+    lab.Fault(row.fault);
+    ASSERT_TRUE(lab.RunAndKill("install", [&] { return row.reached(lab); })) << row.name;
+    const RunResult run = lab.Run("install");
+    EXPECT_EQ(run.exitStatus, 0) << row.name << run.errors;
+    EXPECT_TRUE(lab.IsInstalled("alpha")) << row.name;
+    Tell(row.name, "0 installed", run.json["code"].asString() + " " + StatusOf(run, "alpha"));
+  }
+}
 
 TEST(Failure, FaultsOfTheCloudEndAsTheyShould) {
   const auto rows = std::to_array<FaultRow>({

@@ -94,6 +94,7 @@ Lab::Lab(const std::vector<Title>& titles)
   _configuration["downloadFolder"] = "C:\\lab\\download";
   _configuration["logFolder"] = "C:\\lab\\log";
   _configuration["retryWaitScale"] = 0.001;
+  _configuration["downloadStallSeconds"] = 20;
 }
 
 Lab::~Lab() {
@@ -118,6 +119,7 @@ void Lab::StartCloud(const Json::Value& catalogue) {
                                        pki + "/tls.crt",
                                        "--tls-key",
                                        pki + "/tls.key"};
+  std::fflush(stdout);  // else the child prints it a second time
   _cloud = fork();
   if (_cloud == 0) {
     std::vector<char*> argv;
@@ -154,18 +156,36 @@ void Lab::WriteConfiguration() const {
   WriteFile(_folder / "host.json", Json::writeString(Json::StreamWriterBuilder(), _configuration));
 }
 
+std::string Lab::Command(const std::string& arguments) const {
+  return "wine '" + Environment("E2E_BIN") +
+         "/tolmarctl.exe' --config 'Z:" + (_folder / "host.json").string() + "' --json " +
+         arguments + " 2>'" + (_folder / "stderr").string() + "' </dev/null";
+}
+
 RunResult Lab::Run(const std::string& arguments, int seconds) {
   WriteConfiguration();
-  const fs::path errors = _folder / "stderr";
   RunResult result;
   result.exitStatus =
-      Shell("timeout " + std::to_string(seconds) + " wine '" + Environment("E2E_BIN") +
-                "/tolmarctl.exe' --config 'Z:" + (_folder / "host.json").string() + "' --json " +
-                arguments + " 2>'" + errors.string() + "' </dev/null",
-            result.output);
-  result.errors = ReadFile(errors);
+      Shell("timeout " + std::to_string(seconds) + " " + Command(arguments), result.output);
+  result.errors = ReadFile(_folder / "stderr");
   result.json = ParseText(result.output);
   return result;
+}
+
+bool Lab::RunAndKill(const std::string& arguments, const std::function<bool()>& reached) {
+  WriteConfiguration();
+  const std::string command = "exec " + Command(arguments) + " >/dev/null";
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  bool isReached = false;
+  for (int tries = 0; tries < 3000 && !(isReached = reached()); ++tries)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  return isReached;
 }
 
 std::vector<std::string> Lab::ReceivedTypes() {

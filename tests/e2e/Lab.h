@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,7 +20,7 @@ struct RunResult {
 struct Title {
   std::string name;  ///< name of its fixture; part number is "T-" + name
   bool preinstall = false;
-  std::vector<std::string> modules;  ///< fixtures of its modules; empty: one, the title's own
+  std::vector<std::string> modules{};  ///< fixtures of its modules; empty: one, the title's own
 };
 
 /// A clean device and a simulator of its own for one test: nothing installed, no logs, no
@@ -40,6 +41,9 @@ class Lab {
   /// Runs tolmarctl --json with the arguments. @param seconds in, how long it may take.
   RunResult Run(const std::string& arguments, int seconds = 60);
 
+  /// Runs tolmarctl and kills it once `reached` says so. @return false when that did not come.
+  bool RunAndKill(const std::string& arguments, const std::function<bool()>& reached);
+
   /// @return the types of the requests that the simulator received, in order; files as "file NAME".
   std::vector<std::string> ReceivedTypes();
   /// @return all records of one type.
@@ -56,6 +60,7 @@ class Lab {
 
  private:
   void StartCloud(const Json::Value& catalogue);
+  std::string Command(const std::string& arguments) const;
   void WriteConfiguration() const;
   Json::Value Ask(const std::string& path);
 

@@ -18,6 +18,9 @@ TEXT
   cab_sign "$out/$name-unsigned.cab" "$out/$name.cab"
 }
 
+# A name whose every sign means something to one shell or another. The tests have it too.
+E2E_ODD="a & b; \$(exit 1) %TEMP% it's ü"
+
 # flip IN OUT: one byte in the middle of the data is another one.
 e2e_flip() {
   local middle=$(($(stat -c %s "$1") / 2)) byte
@@ -35,6 +38,8 @@ e2e_fixtures() {
   e2e_title "$out" slow 120
   e2e_title "$out" unsigned && mv "$out/unsigned-unsigned.cab" "$out/unsigned.cab"
   e2e_title "$out" tampered && e2e_flip "$out/tampered.cab" "$out/flipped" && mv "$out/flipped" "$out/tampered.cab"
+  : >"$out/empty.cab" && cp "$out/check-alpha.ps1" "$out/check-empty.ps1"
+  cp "$out/alpha.cab" "$out/$E2E_ODD.cab" && cp "$out/check-alpha.ps1" "$out/check-$E2E_ODD.ps1"
   e2e_title "$out" stranger
   cab_sign "$out/stranger-unsigned.cab" "$out/stranger.cab" "$pki/stranger.crt" "$pki/stranger.key" "$pki/stranger-ca.crt"
   stamp "$out/stamp" "$(sha256sum tests/e2e/fixtures.sh "$pki/cs.crt")"

@@ -1,7 +1,10 @@
 # Makes the packages that the reference host's tests unpack. Sourced.
 
 # _sign IN OUT CRT KEY CA
-_sign() { osslsigncode sign -h sha256 -certs "$3" -key "$4" -ac "$5" -in "$1" -out "$2" >/dev/null; }
+_sign() {
+  rm -f "$2"
+  osslsigncode sign -h sha256 -certs "$3" -key "$4" -ac "$5" -in "$1" -out "$2" >/dev/null
+}
 
 # _damage FILE OFFSET: changes one byte for certain.
 _damage() {

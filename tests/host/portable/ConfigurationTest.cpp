@@ -33,6 +33,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
           WithMore(
               R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
               R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
+              R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
               R"("retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
@@ -42,6 +43,9 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.downloadFolder, L"C:\\Data\\D\u00E4");
   EXPECT_EQ(read.logFolder, L"Z:\\l");
   EXPECT_EQ(read.processTimeoutSeconds, 7U);
+  EXPECT_EQ(read.downloadStallSeconds, 9U);
+  EXPECT_EQ(read.maxFileBytes, 8589934592U);
+  EXPECT_EQ(read.maxUnpackedBytes, 1024U);
   EXPECT_EQ(read.logMaxBytes, 4096U);
   EXPECT_EQ(read.retryWaitScale, 0.01);
   EXPECT_EQ(read.trustedPublishers, std::vector<std::string>{std::string(64, 'a')});
@@ -61,6 +65,9 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("processTimeoutSeconds":0)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("processTimeoutSeconds":-1)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("logMaxBytes":"1")"), "\"logMaxBytes\""},
+      {WithMore(R"("downloadStallSeconds":86401)"), "\"downloadStallSeconds\""},
+      {WithMore(R"("maxFileBytes":9007199254740992)"), "\"maxFileBytes\" must be a whole number"},
+      {WithMore(R"("maxUnpackedBytes":1023)"), "\"maxUnpackedBytes\""},
       {WithMore(R"("retryWaitScale":2)"), "\"retryWaitScale\""},
       {WithMore(R"("trustedPublishers":"x")"), "\"trustedPublishers\""},
       {WithMore(R"("trustedPublishers":[1])"), "\"trustedPublishers\""},

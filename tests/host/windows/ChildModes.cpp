@@ -1,6 +1,8 @@
 #include "tests/host/windows/ChildModes.h"
 
 #include <windows.h>
+// Behind windows.h, whose types it needs.
+#include <shellapi.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -42,11 +44,15 @@ int WaitForEvent(const char* name) {
 bool StartGrandchild(const char* name) {
   wchar_t program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
-  const std::wstring line =
+  std::wstring line =
       L"\"" + std::wstring(program) + L"\" --hold " + ZLT::String::UTF8ToUTF16(name);
-  HANDLE process = nullptr;
   const HANDLE ready = OpenEventA(SYNCHRONIZE, FALSE, (std::string(name) + "-ready").c_str());
-  return ZLT::ProcessWrap::CreateProcessInUserSession(line, L"C:\\", process, true) != 0 &&
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  // It inherits the standard output, as most programs' children do.
+  return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+                        &process) &&
          WaitForSingleObject(ready, 20000) == WAIT_OBJECT_0;
 }
 
@@ -73,6 +79,24 @@ int HoldMark(const std::string& name) {
 /// @return 0 when standard input is at its end at once.
 int ReadInput() { return std::getchar() == EOF ? 0 : 7; }
 
+/// Writes so many lines, and one to standard error. @return the exit code asked for.
+int Print(int lines, const char* exitCode) {
+  for (int i = 1; i <= lines; ++i) std::printf("line %d\n", i);
+  std::fflush(stdout);
+  std::fputs("to standard error\n", stderr);
+  return std::atoi(exitCode);
+}
+
+/// Writes each argument in brackets, as it has come.
+int Echo() {
+  int count = 0;
+  wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+  for (int i = 2; i < count; ++i) {
+    std::printf("[%s]", ZLT::String::UTF16ToUTF8(arguments[i]).c_str());
+  }
+  return 0;
+}
+
 }  // namespace
 
 std::optional<int> RunAsChild(int count, char** arguments) {
@@ -87,5 +111,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--launch-waiter") return LaunchWaiter(first);
   if (mode == "--hold") return HoldMark(first);
   if (mode == "--read-input") return ReadInput();
+  if (mode == "--print" && count > 3) return Print(std::atoi(first), arguments[3]);
+  if (mode == "--echo") return Echo();
   return std::nullopt;
 }

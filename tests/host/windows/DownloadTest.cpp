@@ -1,147 +1,16 @@
-#include <gtest/gtest.h>
+#include <cstdlib>
 
-#include "tests/host/windows/LoopbackServer.h"
-// Behind the sockets' header, which must bring windows.h.
-#include <bits.h>
-
-#include <algorithm>
-#include <atomic>
-
-#include "host/common/DownloadAgent.h"
-#include "host/common/FileSystem.h"
-#include "host/common/Utility.h"
+#include "host/common/Text.h"
+#include "tests/host/windows/DownloadFixture.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr GUID NoJob{};
-
-std::wstring InFolder(const std::wstring& name) {
-  return ZLT::utility::GetZltKivDownloadPath() + L"\\" + name;
-}
-
-std::string Body(std::size_t size) {
-  std::string body(size, '\0');
-  for (std::size_t i = 0; i < size; ++i) body[i] = static_cast<char>(i * 7 + i / 251);
-  return body;
-}
-
-/// One job of its own name, and all that its callbacks were told.
-class Download {
- public:
-  Download() {
-    static int number = 0;
-    name = L"TestJob" + std::to_wstring(++number);
-    FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
-    FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath(), false);
-    agent = DownloadAgent::GetInstance(
-        name,
-        [this](std::wstring, GUID jobId, bool success, DownloadAgent::FileMap& files) {
-          completions.push_back(success);
-          completedId = jobId;
-          completedFiles = files;
-          if (throwing) throw std::runtime_error("completion");
-        },
-        [this](std::wstring, DownloadProgressDetail& total,
-               std::vector<DownloadProgressDetail>& each) {
-          progress.push_back(total);
-          filesInProgress = each.size();
-          if (throwing) throw std::runtime_error("progress");
-          return goOn;
-        },
-        [this](DownloadAgent::FileMap& files, ErrorDetails& error, bool& resumed) {
-          errors.push_back(error);
-          failing = files;
-          resumed = !renewal.empty() && agent->ResumeDownload(name, renewal);
-          if (throwing) throw std::runtime_error("error");
-        });
-  }
-  ~Download() { CloseHandle(cancel); }
-
-  bool Run(const DownloadAgent::FileMap& files) {
-    return agent->DownloadFiles(name, false, files, L"X-Kind: test\r\ntoken: secret", id, cancel,
-                                1);
-  }
-
-  std::wstring name;
-  DownloadAgent* agent;
-  const HANDLE cancel = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  GUID id = NoJob;
-  bool goOn = true;
-  bool throwing = false;
-  DownloadAgent::FileMap renewal;
-  std::vector<bool> completions;
-  GUID completedId = NoJob;
-  DownloadAgent::FileMap completedFiles;
-  std::vector<DownloadProgressDetail> progress;
-  std::size_t filesInProgress = 0;
-  std::vector<ErrorDetails> errors;
-  DownloadAgent::FileMap failing;
-};
-
-/// What the server has, by path. @param get in, the number of the GET that this is, 0 for a HEAD.
-HttpAnswer AnswerFor(const std::string& path, int get) {
-  if (path == "/whole" || path == "/renewed") return {.body = Body(100000)};
-  if (path == "/other") return {.body = Body(3000)};
-  if (path == "/empty") return {};
-  if (path == "/unannounced") return {.body = Body(5000), .unannounced = true};
-  if (path == "/expired") return {.status = 403};
-  if (path == "/cut") return {.body = Body(500), .announced = 100000};
-  if (path == "/busy") return get == 1 ? HttpAnswer{.status = 503} : AnswerFor("/whole", get);
-  if (path == "/page") return {.status = get == 1 ? 403 : 200, .body = Body(get == 1 ? 50 : 6000)};
-  if (path == "/getonly") return get == 0 ? HttpAnswer{.status = 403} : AnswerFor("/whole", get);
-  if (path == "/gone") return get == 0 ? AnswerFor("/other", get) : HttpAnswer{.status = 404};
-  if (path == "/moved") return {.status = 302, .headers = "Location: /whole\r\n"};
-  if (path == "/slow" && get != 0) return {.body = Body(100), .delay = std::chrono::seconds(30)};
-  if (path == "/slow") return {.body = Body(100)};
-  if (path == "/stuck") {
-    return {.body = Body(500), .announced = 100000, .stall = std::chrono::seconds(30)};
-  }
-  if (path == "/silent") return {.delay = std::chrono::seconds(30)};
-  return {.status = 404};
-}
-
-class DownloadAgentTest : public testing::Test {
- protected:
-  std::wstring Url(const std::wstring& path) const { return server.Url(path + L"?sig=SECRET"); }
-
-  std::size_t Count(const std::string& method, const std::string& path) const {
-    const std::vector<HttpSeen> seen = server.Seen();
-    return static_cast<std::size_t>(
-        std::count_if(seen.begin(), seen.end(), [&](const HttpSeen& one) {
-          return one.method == method && one.target.starts_with(path + "?");
-        }));
-  }
-
-  std::size_t Gets(const std::string& path) const { return Count("GET", path); }
-
-  void WaitFor(const std::string& method, const std::string& path) const {
-    while (Count(method, path) == 0) SwitchToThread();
-  }
-
-  HttpAnswer Answer(const HttpSeen& seen) {
-    const int get = seen.method == "GET" ? ++gets : 0;
-    HttpAnswer answer = AnswerFor(seen.target.substr(0, seen.target.find('?')), get);
-    // BITS would keep the connection, and with it this server, for half a minute.
-    answer.headers += "Connection: close\r\n";
-    answer.close = true;
-    return answer;
-  }
-
-  /// Forgets what was asked before.
-  void Restart() {
-    gets = 0;
-    server.Script([this](const HttpSeen& seen) { return Answer(seen); });
-  }
-
-  std::atomic<int> gets = 0;
-  LoopbackServer server{[this](const HttpSeen& seen) { return Answer(seen); }};
-};
-
 constexpr std::int32_t Http(int status) { return static_cast<std::int32_t>(0x80190000 + status); }
 constexpr auto Truncated = static_cast<std::int32_t>(0x80070026);
+constexpr auto TooLarge = static_cast<std::int32_t>(0x800700DF);
+constexpr auto FullDisk = static_cast<std::int32_t>(0x80070070);
+constexpr auto NoBytes = static_cast<std::int32_t>(0x800705B4);
 
 }  // namespace
 
@@ -174,30 +43,26 @@ TEST_F(DownloadAgentTest, FailuresAreRetriedRenewedOrTold) {
   const struct {
     const char* name;
     std::wstring path;
-    std::wstring renewal;  ///< new URL of the file, empty for none
     bool success;
     Errors errors;     ///< context and code of each error callback
     std::size_t gets;  ///< of the first address
     std::size_t size;
+    std::wstring renewal{};  ///< new URL of the file, empty for none
   } rows[] = {
-      {"no bytes", L"/empty", L"", true, {}, 1, 0},
-      {"length not announced", L"/unannounced", L"", true, {}, 1, 5000},
-      {"overloaded once", L"/busy", L"", true, {}, 2, 100000},
-      {"an error page instead", L"/page", L"", true, {}, 2, 6000},
-      {"answers no HEAD", L"/getonly", L"", true, {}, 2, 100000},
-      {"moved", L"/moved", L"", false, {{5, Http(302)}}, 0, 0},
-      {"missing", L"/missing", L"", false, {{5, Http(404)}}, 1, 0},
-      {"expired", L"/expired", L"", false, {{5, Http(403)}}, 1, 0},
-      {"renewed", L"/expired", Url(L"/renewed"), true, {{5, Http(403)}}, 1, 100000},
-      {"renewed for ever", L"/expired", Url(L"/expired"), false, Errors(4, {5, Http(403)}), 4, 0},
-      {"renewed elsewhere",
-       L"/expired",
-       L"http://example.invalid/renewed",
-       false,
-       {{5, Http(403)}},
-       1,
-       0},
-      {"cut off for ever", L"/cut", L"", false, {{6, Truncated}}, 3, 0},
+      {"no bytes", L"/empty", true, {}, 1, 0},
+      {"length not announced", L"/unannounced", true, {}, 1, 5000},
+      {"overloaded once", L"/busy", true, {}, 2, 100000},
+      {"an error page instead", L"/page", true, {}, 2, 6000},
+      {"answers no HEAD", L"/getonly", true, {}, 2, 100000},
+      {"moved", L"/moved", false, {{5, Http(302)}}, 0, 0},
+      {"announced larger than allowed", L"/large", false, {{6, TooLarge}}, 0, 0},
+      {"endless", L"/endless", false, {{6, TooLarge}}, 1, 0},
+      {"missing", L"/missing", false, {{5, Http(404)}}, 1, 0},
+      {"expired", L"/expired", false, {{5, Http(403)}}, 1, 0},
+      {"renewed", L"/expired", true, {{5, Http(403)}}, 1, 100000, Url(L"/renewed")},
+      {"renewed for ever", L"/expired", false, Errors(4, {5, Http(403)}), 4, 0, Url(L"/expired")},
+      {"renewed elsewhere", L"/expired", false, {{5, Http(403)}}, 1, 0, L"http://e.invalid/x"},
+      {"cut off for ever", L"/cut", false, {{6, Truncated}}, 3, 0},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -217,7 +82,13 @@ TEST_F(DownloadAgentTest, FailuresAreRetriedRenewedOrTold) {
     EXPECT_EQ(FileSystem::fileExists(InFolder(L"a.cab")), row.success);
     EXPECT_EQ(TestMachine::ReadFile(InFolder(L"a.cab")).size(), row.size);
     EXPECT_FALSE(FileSystem::fileExists(InFolder(L"a.cab.part")));
+    if (row.success) continue;
+    const std::string log = TestMachine::ReadLog(L"ZLT.log");
+    const std::string told = "a.cab from " + ZLT::String::UTF16ToUTF8(server.Url(row.path)) +
+                             ", attempt " + std::to_string(std::max(row.gets, std::size_t{1}));
+    EXPECT_NE(log.find(told), std::string::npos) << told;
   }
+  EXPECT_TRUE(other.Seen().empty());  // The headers hold a token.
   EXPECT_EQ(TestMachine::ReadLog(L"ZLT.log").find("SECRET"), std::string::npos);
 }
 
@@ -239,16 +110,44 @@ TEST_F(DownloadAgentTest, ARenewalKeepsTheFilesThatAreThere) {
 }
 
 TEST_F(DownloadAgentTest, AFileInUseIsNotReplaced) {
+  for (const wchar_t* name : {L"a.cab", L"a.cab.part"}) {
+    Download download;
+    TestMachine::WriteFile(InFolder(name), "in use");
+    const HANDLE user = CreateFileW(InFolder(name).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
+    CloseHandle(user);
+    ASSERT_EQ(download.errors.size(), 1U);
+    EXPECT_EQ(download.errors[0].errorContext, BG_ERROR_CONTEXT_LOCAL_FILE);
+    EXPECT_EQ(download.errors[0].errorCode, HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION));
+    EXPECT_EQ(TestMachine::ReadFile(InFolder(name)), "in use");
+  }
+}
+
+TEST_F(DownloadAgentTest, WhatTheDiskDoesNotTakeIsNotBegun) {
+  const bool isLimited = std::getenv("TOLMAR_TEST_CONFIG") == nullptr;
   Download download;
-  TestMachine::WriteFile(InFolder(L"a.cab"), "in use");
-  const HANDLE user = CreateFileW(InFolder(L"a.cab").c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
-  CloseHandle(user);
+  EXPECT_FALSE(download.Run({{Url(L"/huge"), InFolder(L"a.cab")}}));
   ASSERT_EQ(download.errors.size(), 1U);
-  EXPECT_EQ(download.errors[0].errorContext, BG_ERROR_CONTEXT_LOCAL_FILE);
-  EXPECT_EQ(TestMachine::ReadFile(InFolder(L"a.cab")), "in use");
-  EXPECT_FALSE(FileSystem::fileExists(InFolder(L"a.cab.part")));
+  EXPECT_EQ(download.errors[0].errorCode, isLimited ? TooLarge : FullDisk);
+  EXPECT_EQ(Gets("/huge"), 0U);
+  if (!isLimited) return;
+  Json::Value changes;  // Once more, where it is the disk alone that is too small.
+  changes["maxFileBytes"] = Json::UInt64{1} << 51;
+  std::string output;
+  EXPECT_EQ(TestMachine::RunAgain(L"--gtest_filter=*.WhatTheDiskDoesNotTakeIsNotBegun",
+                                  TestMachine::ConfigurationWith(changes), output),
+            0U)
+      << output;
+}
+
+TEST_F(DownloadAgentTest, AServerThatFallsSilentIsGivenUp) {
+  Download download;
+  const auto begin = Clock::now();
+  EXPECT_FALSE(download.Run({{Url(L"/stuck"), InFolder(L"a.cab")}}));
+  EXPECT_LT(Clock::now() - begin, std::chrono::seconds(15));
+  ASSERT_EQ(download.errors.size(), 1U);
+  EXPECT_EQ(download.errors[0].errorCode, NoBytes);
 }
 
 TEST_F(DownloadAgentTest, NobodyListeningIsAFailureOfTheTransport) {

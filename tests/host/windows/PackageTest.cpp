@@ -120,31 +120,29 @@ TEST(PackageExtractor, TakesThePackageOfTheEnvironment) {
 }
 
 TEST(PackageExtractor, TakesWhatTheConfigurationAllows) {
-  const std::string publisher = Read(Fixtures() / "publisher.txt");
-  const std::string other(64, 'a');
+  Json::Value others;
+  others[0] = std::string(64, 'a');
+  Json::Value ours = others;
+  ours[1] = Read(Fixtures() / "publisher.txt");
   const struct {
     const char* fixture;
-    const char* requireSigned;
-    std::string trusted;
+    const char* key;
+    Json::Value value;
     bool taken;
-  } rows[] = {{"unsigned.cab", "false", "", true},
-              {"tampered.cab", "false", "", false},
-              {"signed.cab", "true", other + "\",\"" + publisher, true},
-              {"signed.cab", "true", other, false}};
+  } rows[] = {{"unsigned.cab", "requireSignedPackages", false, true},
+              {"tampered.cab", "requireSignedPackages", false, false},
+              {"signed.cab", "trustedPublishers", ours, true},
+              {"signed.cab", "trustedPublishers", others, false},
+              {"signed.cab", "maxUnpackedBytes", 200000, false}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(std::string(row.fixture) + row.requireSigned + row.trusted);
-    const std::wstring configuration = TestMachine::Folder() + L"\\packages.json";
-    const std::string trusted = row.trusted.empty() ? "" : '"' + row.trusted + '"';
-    const std::string allowed = std::string(R"(,"requireSignedPackages":)") + row.requireSigned +
-                                R"(,"trustedPublishers":[)" + trusted + "]}";
-    TestMachine::WriteFile(configuration,
-                           R"({"baseUrl":"https://localhost:1","realm":"r","deviceId":"d",)"
-                           R"("sessionToken":"s","tokenUrl":"https://localhost:1/token")" +
-                               allowed);
+    SCOPED_TRACE(std::string(row.fixture) + row.key);
+    Json::Value changes;
+    changes[row.key] = row.value;
     SetEnvironmentVariableA("TOLMAR_TEST_PACKAGE", row.fixture);
     std::string output;
-    const unsigned long result = TestMachine::RunAgain(
-        L"--gtest_filter=PackageExtractor.TakesThePackageOfTheEnvironment", configuration, output);
+    const unsigned long result =
+        TestMachine::RunAgain(L"--gtest_filter=PackageExtractor.TakesThePackageOfTheEnvironment",
+                              TestMachine::ConfigurationWith(changes), output);
     SetEnvironmentVariableA("TOLMAR_TEST_PACKAGE", nullptr);
     EXPECT_EQ(result == 0, row.taken) << output;
     EXPECT_NE(output.find("1 test from 1 test suite ran"), std::string::npos) << output;

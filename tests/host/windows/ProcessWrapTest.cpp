@@ -6,6 +6,7 @@
 #include <chrono>
 #include <thread>
 
+#include "host/common/FileSystem.h"
 #include "host/common/Text.h"
 #include "tests/host/windows/TestMachine.h"
 
@@ -96,15 +97,36 @@ TEST(ProcessWrap, CancellingEndsTheWholeTreeSoon) {
 
 TEST(ProcessWrap, TheTimeOutEndsTheProgram) {
   const Rendezvous hung(L"tolmar-hung");
-  const std::wstring configuration = TestMachine::Folder() + L"\\short.json";
-  std::string json = TestMachine::ReadFile(TestMachine::Folder() + L"\\host.json");
-  const std::string before = "\"processTimeoutSeconds\" : 20";
-  ASSERT_NE(json.find(before), std::string::npos);
-  json.replace(json.find(before), before.size(), "\"processTimeoutSeconds\" : 1");
-  TestMachine::WriteFile(configuration, json);
+  Json::Value changes;
+  changes["processTimeoutSeconds"] = 1;
   std::string output;
-  EXPECT_EQ(TestMachine::RunAgain(L"--launch-waiter " + hung.text, configuration, output), 0U);
-  EXPECT_NE(TestMachine::ReadLog(L"ZLT.log").find("ended by its time-out"), std::string::npos);
+  EXPECT_EQ(TestMachine::RunAgain(L"--launch-waiter " + hung.text,
+                                  TestMachine::ConfigurationWith(changes), output),
+            0U);
+  EXPECT_EQ(TestMachine::LastError().find("ProcessWrap: ended by its time-out of 1 s after 1"), 0U);
+}
+
+TEST(ProcessWrap, TheRecordOfAProgramHoldsTheEndOfItsOutput) {
+  EXPECT_EQ(Launch(Child(L"--print 20000 3")), 0);
+  const std::string log = TestMachine::ReadLog(L"ZLT.log");
+  const std::size_t record = log.rfind(" D ProcessWrap: exit code 3 after ");
+  ASSERT_NE(record, std::string::npos);
+  const std::string text = log.substr(record, log.find("\n2", record) - record);
+  EXPECT_NE(text.find("--print 20000 3\n    output, 228913 bytes, its end:\n    line "),
+            std::string::npos);
+  EXPECT_NE(text.find("\n    line 20000\n    to standard error"), std::string::npos);
+  EXPECT_EQ(text.find("line 10000\n"), std::string::npos);
+}
+
+TEST(ProcessWrap, ANameArrivesAsOneArgumentAndNothingOfItRuns) {
+  for (const wchar_t* name :
+       {L"a b.ps1", L"a & echo 1 >canary & b", L"a; New-Item canary; b", L"$(New-Item canary)",
+        L"%TEMP% ^| `n", L"it's (1) \u00FC \u65E5\u672C \U0001F600"}) {
+    EXPECT_NE(Launch(Child(L"--echo \"" + std::wstring(name) + L"\" end")), 0);
+    const std::string arrived = ZLT::String::UTF16ToUTF8(L'[' + std::wstring(name) + L"][end]");
+    EXPECT_NE(TestMachine::ReadLog(L"ZLT.log").find(arrived), std::string::npos) << arrived;
+  }
+  EXPECT_FALSE(FileSystem::fileExists(TestMachine::Folder() + L"\\canary"));
 }
 
 TEST(ProcessWrap, WhatAFinishedProgramHasStartedRunsOn) {
@@ -128,6 +150,13 @@ TEST(ProcessWrap, AStartedInstallerIsHandedToTheCaller) {
   SetEvent(installer.end);
   EXPECT_EQ(WaitForSingleObject(process, 20000), DWORD{WAIT_OBJECT_0});
   CloseHandle(process);
+  // The record comes from a thread that nobody waits for.
+  const std::string record = "--wait " + ZLT::String::UTF16ToUTF8(installer.text);
+  for (int i = 0; i < 500 && TestMachine::ReadLog(L"ZLT.log").find(record) == std::string::npos;
+       ++i) {
+    Sleep(10);
+  }
+  EXPECT_NE(TestMachine::ReadLog(L"ZLT.log").find(record), std::string::npos);
   process = GetCurrentProcess();
   EXPECT_EQ(ProcessWrap::CreateProcessInUserSession(L"C:\\none.exe", L"C:\\", process, true), 0);
   EXPECT_EQ(process, nullptr);

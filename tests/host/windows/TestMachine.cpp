@@ -1,6 +1,5 @@
 #include "tests/host/windows/TestMachine.h"
 
-#include <json/value.h>
 #include <json/writer.h>
 #include <windows.h>
 
@@ -30,7 +29,7 @@ std::wstring MakeFolder() {
 
 std::wstring ConfigurationPath() { return folder + L"\\host.json"; }
 
-void WriteConfiguration(const std::wstring& path) {
+Json::Value Configuration() {
   const std::string base = ZLT::String::UTF16ToUTF8(cloud->Url(L""));
   Json::Value root;
   root["baseUrl"] = base;
@@ -42,7 +41,13 @@ void WriteConfiguration(const std::wstring& path) {
   root["downloadFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\downloads");
   root["processTimeoutSeconds"] = 20;
   root["logMaxBytes"] = 65536;
+  root["downloadStallSeconds"] = 3;
+  root["maxFileBytes"] = 1 << 18;
   root["retryWaitScale"] = 0.5;
+  return root;
+}
+
+void WriteConfiguration(const std::wstring& path, const Json::Value& root) {
   WriteFile(path, Json::writeString(Json::StreamWriterBuilder(), root));
 }
 
@@ -72,7 +77,7 @@ void SetUp() {
   folder = MakeFolder();
   std::wstring path(32768, L'\0');
   path.resize(GetEnvironmentVariableW(L"TOLMAR_TEST_CONFIG", path.data(), 32768));
-  WriteConfiguration(ConfigurationPath());
+  WriteConfiguration(ConfigurationPath(), Configuration());
   SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG",
                           path.empty() ? ConfigurationPath().c_str() : path.c_str());
 }
@@ -85,6 +90,14 @@ void TearDown() {
 const std::wstring& Folder() { return folder; }
 
 LoopbackServer& Cloud() { return *cloud; }
+
+std::wstring ConfigurationWith(const Json::Value& changes) {
+  Json::Value root = Configuration();
+  for (const std::string& key : changes.getMemberNames()) root[key] = changes[key];
+  const std::wstring path = folder + L"\\changed.json";
+  WriteConfiguration(path, root);
+  return path;
+}
 
 unsigned long RunAgain(const std::wstring& arguments, const std::wstring& configuration,
                        std::string& output) {
@@ -122,5 +135,11 @@ void WriteFile(const std::wstring& path, const std::string& bytes) {
 }
 
 std::string ReadLog(const std::wstring& name) { return ReadFile(folder + L"\\logs\\" + name); }
+
+std::string LastError() {
+  const std::string log = ReadLog(L"ZLT.log");
+  const std::size_t at = log.rfind(" E ");
+  return at == std::string::npos ? "" : log.substr(at + 3, log.find('\n', at) - at - 3);
+}
 
 }  // namespace TestMachine

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <string>
 
 #include "tests/host/windows/LoopbackServer.h"
@@ -20,6 +22,9 @@ const std::wstring& Folder();
 /// @return the server of the configuration's base URL ("/") and token URL ("/token").
 LoopbackServer& Cloud();
 
+/// @return the path of a configuration file that differs from this program's own in these keys.
+std::wstring ConfigurationWith(const Json::Value& changes);
+
 /// Runs this program again with `arguments` and a configuration file of the test's choice.
 /// @return its exit code; `output`: what it wrote to standard output.
 unsigned long RunAgain(const std::wstring& arguments, const std::wstring& configuration,
@@ -30,5 +35,8 @@ void WriteFile(const std::wstring& path, const std::string& bytes);
 
 /// @return the lines of a log of the suite.
 std::string ReadLog(const std::wstring& name);
+
+/// @return the last record of level E of the suite's own log.
+std::string LastError();
 
 }  // namespace TestMachine
