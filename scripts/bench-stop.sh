@@ -1,0 +1,137 @@
+#!/usr/bin/env bash
+# How long a stop takes, phase by phase: ./dev bench stop [PHASE…]. Prints a Markdown table, as docs/operations.md has it.
+source scripts/common.sh
+source scripts/lab.sh
+WANTED=" $* "
+RUNS=${RUNS:-3}
+NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
+STOP=$BUILD/bench-stop
+LAB_STOP=$LAB_C/lab/stop
+CLOUD=
+LIMIT=10
+TRIAL=0
+
+# phase|title|what the cloud service does wrong|the phase in words|what bounds the time
+phases() {
+  cat <<'TEXT'
+request|quick|[{"on": "downloadRequest", "delayMs": 3000}]|request in flight (answered after 3 s)|the answer, else the request's time-outs; a stop does not reach it
+retry-wait|quick|[{"on": "downloadRequest", "status": 503}]|wait before a retry|CleanUp ends it, the cancel handle does not
+download|quick|[{"on": "file:package.cab", "delayMs": 60000}]|download|the job is looked after every 50 ms
+extraction|big|[]|extraction of 200 MB|the rest of the package; the pause before the second deletion
+installer|slow|[]|installer (60 s)|the pause before the second deletion: the installer holds its folder
+check|hung|[]|check script (60 s)|the end of its process tree
+deletion|quick|[]|deletion of a download folder in use|the pause before the second deletion, 1 s
+TEXT
+}
+
+finish() {
+  local status=$?
+  trap - EXIT
+  stop_cloud
+  lab_down
+  exit "$status"
+}
+
+# A script that tells that it runs, beside itself, and takes a minute.
+long_script() {
+  printf "Set-Content -Path (Join-Path \$PSScriptRoot 'running') -Value 'yes'\nStart-Sleep -Seconds 60\nexit 0\n"
+}
+
+# title NAME: its signed package from NAME.files, and a check that finds nothing unless there is one already.
+title() {
+  local folder=$STOP/$1
+  [ -f "$folder/check.ps1" ] || { mkdir -p "$folder" && echo 'exit 1' >"$folder/check.ps1"; }
+  [ -f "$STOP/$1.files/install.ps1" ] || echo 'exit 0' >"$STOP/$1.files/install.ps1"
+  cab_make "$folder/unsigned.cab" "$STOP/$1.files"
+  cab_sign "$folder/unsigned.cab" "$folder/package.cab"
+}
+
+make_titles() {
+  local name
+  rm -rf "$STOP"
+  for name in quick big slow hung; do mkdir -p "$STOP/$name.files" "$STOP/$name"; done
+  long_script >"$STOP/slow.files/install.ps1"
+  long_script >"$STOP/hung/check.ps1"
+  # Text, so that the package is small to fetch and long to unpack.
+  seq -w 0 99999999 | head -c 200000000 >"$STOP/big.files/payload.txt"
+  for name in quick big slow hung; do title "$name"; done
+}
+
+# start_cloud TITLE FAULTS
+start_cloud() {
+  local tries
+  jq -n --arg title "$1" --argjson faults "$2" '{sessionToken: "session-of-the-lab", faults: $faults,
+    titles: [{l1FruPn: "T-STOP", name: "Stop", preinstallSw: true, modules: [
+      {moduleFruPn: "M-STOP", files: ["\($title)/package.cab", "\($title)/check.ps1"]}]}]}' >"$STOP/catalogue.json"
+  rm -f "$STOP/port"
+  "$NATIVE_BIN/cloudsim" --catalogue "$STOP/catalogue.json" --port 0 --port-file "$STOP/port" --realm bench \
+    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" >"$STOP/cloudsim.log" 2>&1 &
+  CLOUD=$!
+  for ((tries = 0; tries < 100; tries++)); do
+    [ ! -s "$STOP/port" ] || return 0
+    sleep 0.1
+  done
+  die "the simulator did not start, see $STOP/cloudsim.log"
+}
+
+# Answers that it is still sitting on need not be waited for.
+stop_cloud() {
+  [ -n "$CLOUD" ] || return 0
+  kill -KILL "$CLOUD" 2>/dev/null || true
+  wait "$CLOUD" 2>/dev/null || true
+  CLOUD=
+}
+
+# trial PHASE WAY: two numbers, until the operation and until CleanUp was back ("-": none). A device that is not
+# registered starts no pre-install worker.
+trial() {
+  local name=$((++TRIAL)) registered=false
+  [ "$2" = worker ] && registered=true
+  mkdir -p "$LAB_STOP/$name"
+  jq -n --arg url "https://localhost:$(<"$STOP/port")" --arg folder "C:\\lab\\stop\\$name" \
+    --argjson registered "$registered" '{baseUrl: $url, tokenUrl: "\($url)/token", realm: "bench",
+    deviceId: "PC-0001", sessionToken: "session-of-the-lab", registered: $registered,
+    downloadFolder: "\($folder)\\download", logFolder: "\($folder)\\log"}' >"$LAB_STOP/$name/host.json"
+  lab_wine 180 "$LAB_BIN/stop_bench.exe" "$1" "$2" "C:\\lab\\stop\\$name" --limit "$LIMIT" | tr -d '\r'
+}
+
+# median COLUMN: of the trials' lines on standard input.
+median() {
+  local value
+  value=$(cut -d ' ' -f "$1" | sort -n | sed -n "$(((RUNS + 1) / 2))p")
+  [ "$value" -lt $((LIMIT * 1000)) ] && echo "$value" || echo "> $((LIMIT * 1000))"
+}
+
+# measure PHASE WAY: RUNS trials, one line each.
+measure() {
+  local run
+  for ((run = 0; run < RUNS; run++)); do
+    trial "$1" "$2" || die "phase $1, way $2: see $LAB_STOP/$TRIAL/log"
+  done >"$STOP/$1-$2"
+}
+
+measure_phase() {
+  local way
+  start_cloud "$2" "$3"
+  for way in cancel worker cleanup; do measure "$1" "$way"; done
+  stop_cloud
+  printf '| %s | %s | %s | %s | %s |\n' "$4" "$(median 1 <"$STOP/$1-cancel")" \
+    "$(median 2 <"$STOP/$1-worker")" "$(median 1 <"$STOP/$1-cleanup")" "$5"
+}
+
+trap finish EXIT
+trap 'exit 130' INT TERM
+bash scripts/deps.sh
+bash scripts/build.sh stop cloudsim
+lab_up
+rm -rf "$LAB_STOP"
+step "packages" "$BUILD/log/bench-stop.log" make_titles
+echo "Milliseconds from the stop until control is back, median of $RUNS, on Wine:"
+echo
+echo "| phase | cancel handle | CleanUp, the agent's own worker | CleanUp alone, the host's operation | bound by |"
+echo "|---|---|---|---|---|"
+while IFS='|' read -r phase title faults words bound; do
+  [[ $WANTED != "  " && $WANTED != *" $phase "* ]] || measure_phase "$phase" "$title" "$faults" "$words" "$bound"
+done < <(phases)
+echo
+echo "CleanUp itself is back, while the host's operation runs on, after at most $(cut -d ' ' -f 2 "$STOP"/*-cleanup | sort -n | tail -n 1) ms"
