@@ -66,7 +66,7 @@ class ZLT_API DownloadAgent {
   bool ResumeDownload(std::wstring jobName, FileMap files);
 
   /// Cancels what is running; a blocked `DownloadFiles` returns false soon, later calls return
-  /// false at once.
+  /// false at once. A package that is being unpacked is given up too.
   void CleanUp();
 
  private:

@@ -13,7 +13,8 @@ class ZLT_API ProcessWrap {
  public:
   /// Starts a program in the signed-in user's session where this process may do that, else in its
   /// own. Its standard input is at its end; once it has ended, its exit code, its duration and the
-  /// end of its output go to the suite's log.
+  /// end of its output go to the suite's log. After the suite's time-out for installers it is
+  /// ended, what it has started goes on.
   /// @param commandLine in, program and arguments. @param workingDirectory in, an existing folder.
   /// @param processHandle out, the process, for the caller to wait on and to close; null on
   /// failure.

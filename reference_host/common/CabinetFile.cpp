@@ -26,6 +26,8 @@ void CabinetFile::ReadHeader() {
 }
 
 std::uint32_t CabinetFile::ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) const {
+  // Whatever is done with a package reads it piece by piece: here all of it can be stopped.
+  if (IsToStop()) return 0;
   OVERLAPPED place{};
   place.Offset = static_cast<DWORD>(offset);
   place.OffsetHigh = static_cast<DWORD>(offset >> 32);

@@ -7,6 +7,7 @@
 
 #include "reference_host/common/CabinetHeader.h"
 #include "reference_host/common/Handle.h"
+#include "reference_host/common/RunningWork.h"
 
 namespace refhost {
 
@@ -18,8 +19,12 @@ class CabinetFile {
   explicit CabinetFile(const std::wstring& path);
 
   /// Reads at a place, independent of any other reader of this object.
-  /// @return the number of bytes read, less than `length` at the end of the file or on an error.
+  /// @return the number of bytes read, less than `length` at the end of the file, on an error, or
+  /// when the suite was told to stop.
   std::uint32_t ReadAt(std::uint64_t offset, void* buffer, std::uint32_t length) const;
+
+  /// @return true when the suite was told to stop since the package was opened.
+  bool IsToStop() const { return _work.IsToStop(); }
 
   const std::wstring& Path() const { return _path; }
   HANDLE File() const { return _file.Get(); }
@@ -29,6 +34,7 @@ class CabinetFile {
  private:
   void ReadHeader();
 
+  RunningWork _work;
   std::wstring _path;
   Handle _file;
   std::uint64_t _size = 0;

@@ -177,6 +177,7 @@ void Run(const CabinetFile& cabinet, Pass& pass) {
   char name[] = "package", folder[] = "";
   const BOOL done = FDICopy(decoder.get(), name, folder, 0, OnNotice, nullptr, &pass);
   t_cabinet = nullptr;
+  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
   const std::string& fault = pass.fault.empty() ? t_writeFault : pass.fault;
   if (!fault.empty()) throw std::runtime_error("the package cannot be unpacked: " + fault);
   if (!done) {

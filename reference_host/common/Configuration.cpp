@@ -142,6 +142,9 @@ Configuration Read(const Reader& reader) {
   read.trustedPublishers = ReadThumbprints(reader, "trustedPublishers");
   constexpr unsigned int Day = 24 * 60 * 60;
   reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
+  reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
+  constexpr unsigned int Hour = 60 * 60;
+  reader.Number("requestTimeoutSeconds", 1u, Hour, read.requestTimeoutSeconds);
   reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);
   reader.Number("maxFileBytes", MinSizeLimit, MaxSizeLimit, read.maxFileBytes);
   reader.Number("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, read.maxUnpackedBytes);

@@ -17,10 +17,12 @@ struct Configuration {
   std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
   std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;
-  std::vector<std::string> trustedPublishers;  ///< SHA-256 thumbprints, 64 lower-case hex digits
-  unsigned int processTimeoutSeconds = 600;    ///< for programs that are run to their end
-  unsigned int downloadStallSeconds = 60;      ///< a download without a byte for so long has failed
-  std::uint64_t maxFileBytes = 4ull << 30;     ///< what one downloaded file may come to
+  std::vector<std::string> trustedPublishers;   ///< SHA-256 thumbprints, 64 lower-case hex digits
+  unsigned int processTimeoutSeconds = 600;     ///< for programs that are run to their end
+  unsigned int installerTimeoutSeconds = 7200;  ///< for installers
+  unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
+  unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
+  std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to
   std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
   unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
   double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait

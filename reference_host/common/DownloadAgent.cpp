@@ -10,6 +10,7 @@
 #include "reference_host/common/BitsDownload.h"
 #include "reference_host/common/DownloadAgentOrder.h"
 #include "reference_host/common/ModulePin.h"
+#include "reference_host/common/RunningWork.h"
 
 using namespace refhost;
 
@@ -61,6 +62,10 @@ BG_JOB_PRIORITY Priority(long priority) {
   return known ? static_cast<BG_JOB_PRIORITY>(priority) : BG_JOB_PRIORITY_NORMAL;
 }
 
+bool IsSignalled(HANDLE event) {
+  return event != nullptr && WaitForSingleObject(event, 0) != WAIT_TIMEOUT;
+}
+
 void LogError(const std::wstring& text) { ZLT::g_log.e(L"DownloadAgent: %s", text.c_str()); }
 
 void LogException(const std::exception& exception) {
@@ -105,7 +110,8 @@ DownloadAgent* DownloadAgent::GetInstance(std::wstring jobName, CompleteCallback
 bool DownloadAgent::DownloadFiles(std::wstring jobName, bool uploads, FileMap files,
                                   std::wstring headers, GUID& jobId, HANDLE cancelHandle,
                                   long priority) try {
-  if (WaitForSingleObject(m_pState->stopEvent, 0) != WAIT_TIMEOUT) return false;
+  // Making a job takes a while where the platform's service has to be started first.
+  if (IsSignalled(m_pState->stopEvent) || IsSignalled(cancelHandle)) return false;
   std::wstring refusal = RefusalOfFiles(files, ZLT::utility::GetZltKivDownloadPath());
   if (uploads) refusal = L"uploads are not offered";
   if (jobName != m_pState->name) refusal = L"no job of this service: " + jobName;
@@ -139,4 +145,8 @@ bool DownloadAgent::ResumeDownload(std::wstring jobName, FileMap files) try {
   return false;
 }
 
-void DownloadAgent::CleanUp() { SetEvent(m_pState->stopEvent); }
+void DownloadAgent::CleanUp() {
+  SetEvent(m_pState->stopEvent);
+  // The suite has no other word of its host's end.
+  RunningWork::StopAll();
+}

@@ -81,8 +81,10 @@ HRESULT Fetch(const std::wstring& url, const std::wstring& localPath, const std:
   if (exchange.Status() != HTTP_STATUS_OK) return refhost::HttpCode(exchange.Status());
   PartialFile file(localPath);
   if (!file.IsOpen()) return HRESULT_FROM_WIN32(GetLastError());
+  // What is fetched so is a script: it may take as long to come as it may run.
+  const std::chrono::seconds limit(refhost::Settings().processTimeoutSeconds);
   const unsigned long error = exchange.ReadBody(
-      {refhost::Settings().maxFileBytes},
+      {refhost::Settings().maxFileBytes, limit},
       [&file](const char* bytes, std::size_t count) { return file.Write(bytes, count); });
   return HRESULT_FROM_WIN32(error != 0 ? error : file.Place());
 }

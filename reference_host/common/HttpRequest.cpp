@@ -1,7 +1,10 @@
 #include "host/common/HttpRequest.h"
 
+#include <algorithm>
+
 #include "host/common/Log.h"
 #include "reference_host/common/BitsFailure.h"
+#include "reference_host/common/Configuration.h"
 #include "reference_host/common/HttpExchange.h"
 #include "reference_host/common/Url.h"
 
@@ -20,6 +23,13 @@ refhost::HttpLimits LimitsOf(const HttpTimeouts& timeouts) {
   const auto total =
       std::int64_t{timeouts.resolve} + timeouts.connect + timeouts.send + timeouts.receive;
   return {MaxReplyBytes, std::chrono::milliseconds(total)};
+}
+
+/// What the configuration allows, when the caller allows more.
+HttpTimeouts Limited(const HttpTimeouts& asked) {
+  const int most = 1000 * static_cast<int>(refhost::Settings().requestTimeoutSeconds);
+  return {std::min(asked.resolve, most), std::min(asked.connect, most), std::min(asked.send, most),
+          std::min(asked.receive, most)};
 }
 
 }  // namespace
@@ -50,7 +60,7 @@ HttpRequest::HttpRequest(const wchar_t* url, const wchar_t* userAgent, const wch
   m_pState->call.url = TextOf(url);
   m_pState->call.userAgent = TextOf(userAgent);
   m_pState->call.proxy = TextOf(proxy);
-  m_pState->call.timeouts = timeouts;
+  m_pState->call.timeouts = Limited(timeouts);
 }
 
 HttpRequest::~HttpRequest() { delete m_pState; }

@@ -65,6 +65,7 @@ std::wstring CreateFolderBeside(const std::wstring& cabPath) {
 std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
   const CabinetFile cabinet(cabPath);
   const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
+  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
   if (!refusal.empty()) {
     g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
             String::UTF8ToUTF16(refusal).c_str());

@@ -28,11 +28,10 @@ std::chrono::milliseconds Since(Clock::time_point begin) {
 enum class Ending { Ended, Cancelled, TimedOut };
 
 /// A program that has ended counts as ended, also when it was cancelled at the same moment.
-Ending WaitForEnd(HANDLE process, HANDLE cancelHandle) {
+Ending WaitForEnd(HANDLE process, HANDLE cancelHandle, unsigned int timeoutSeconds) {
   const HANDLE handles[] = {process, cancelHandle};
   const DWORD count = cancelHandle != nullptr ? 2 : 1;
-  const DWORD timeoutMs = 1000 * refhost::Settings().processTimeoutSeconds;
-  const DWORD result = WaitForMultipleObjects(count, handles, FALSE, timeoutMs);
+  const DWORD result = WaitForMultipleObjects(count, handles, FALSE, 1000 * timeoutSeconds);
   if (result == WAIT_OBJECT_0) return Ending::Ended;
   return result == WAIT_OBJECT_0 + 1 ? Ending::Cancelled : Ending::TimedOut;
 }
@@ -52,17 +51,17 @@ DWORD ExitCodeOf(HANDLE process) {
   return exitCode;
 }
 
-std::wstring TextOf(Ending ending, DWORD exitCode) {
+std::wstring TextOf(Ending ending, DWORD exitCode, unsigned int timeoutSeconds) {
   if (ending == Ending::Cancelled) return L"ended by the cancel event";
   if (ending == Ending::TimedOut) {
-    return L"ended by its time-out of " +
-           std::to_wstring(refhost::Settings().processTimeoutSeconds) + L" s";
+    return L"ended by its time-out of " + std::to_wstring(timeoutSeconds) + L" s";
   }
   return L"exit code " + std::to_wstring(exitCode);
 }
 
 bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirectory, bool hidden,
               HANDLE cancelHandle) {
+  const unsigned int timeoutSeconds = refhost::Settings().processTimeoutSeconds;
   refhost::OutputPipe pipe;
   const auto begin = Clock::now();
   refhost::ProcessTree tree(
@@ -72,7 +71,7 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
     return false;
   }
   pipe.Read();
-  const Ending ending = WaitForEnd(tree.Process(), cancelHandle);
+  const Ending ending = WaitForEnd(tree.Process(), cancelHandle, timeoutSeconds);
   if (ending == Ending::Ended) {
     tree.Release();
   } else {
@@ -80,12 +79,12 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
   }
   const std::chrono::milliseconds duration = Since(begin);
   const DWORD exitCode = ExitCodeOf(tree.Process());
-  refhost::LogProcessEnd(ending != Ending::Ended, TextOf(ending, exitCode), duration, commandLine,
-                         pipe.Collect());
+  refhost::LogProcessEnd(ending != Ending::Ended, TextOf(ending, exitCode, timeoutSeconds),
+                         duration, commandLine, pipe.Collect());
   return ending == Ending::Ended && exitCode == 0;
 }
 
-/// An installer that is under way, for the record of its end.
+/// An installer that is under way: the end of its time, and the record of its end.
 struct Watched {
   std::wstring commandLine;
   refhost::Handle process;
@@ -93,9 +92,15 @@ struct Watched {
   Clock::time_point begin;
 
   void ToEnd() const {
-    WaitForSingleObject(process.Get(), INFINITE);
-    refhost::LogProcessEnd(false, TextOf(Ending::Ended, ExitCodeOf(process.Get())), Since(begin),
-                           commandLine, output.Collect());
+    const unsigned int timeoutSeconds = refhost::Settings().installerTimeoutSeconds;
+    const Ending ending = WaitForEnd(process.Get(), nullptr, timeoutSeconds);
+    if (ending == Ending::TimedOut) {
+      TerminateProcess(process.Get(), 1);
+      WaitForSingleObject(process.Get(), INFINITE);
+    }
+    const std::wstring text = TextOf(ending, ExitCodeOf(process.Get()), timeoutSeconds);
+    refhost::LogProcessEnd(ending == Ending::TimedOut, text, Since(begin), commandLine,
+                           output.Collect());
   }
 };
 

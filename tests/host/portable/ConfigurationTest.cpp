@@ -65,6 +65,8 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("processTimeoutSeconds":0)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("processTimeoutSeconds":-1)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("logMaxBytes":"1")"), "\"logMaxBytes\""},
+      {WithMore(R"("requestTimeoutSeconds":3601)"), "\"requestTimeoutSeconds\""},
+      {WithMore(R"("installerTimeoutSeconds":0)"), "\"installerTimeoutSeconds\""},
       {WithMore(R"("downloadStallSeconds":86401)"), "\"downloadStallSeconds\""},
       {WithMore(R"("maxFileBytes":9007199254740992)"), "\"maxFileBytes\" must be a whole number"},
       {WithMore(R"("maxUnpackedBytes":1023)"), "\"maxUnpackedBytes\""},

@@ -219,11 +219,16 @@ TEST_F(DownloadAgentTest, StopsAtOnceWhoeverAsksForIt) {
   }
 }
 
-TEST_F(DownloadAgentTest, AfterItsEndTheServiceDownloadsNothing) {
-  Download download;
-  download.agent->CleanUp();
-  EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
-  EXPECT_TRUE(server.Seen().empty());
+TEST_F(DownloadAgentTest, AStopBeforehandLeavesTheServiceAtRest) {
+  using Ask = void (*)(Download&);
+  for (const Ask ask : {Ask([](Download& download) { SetEvent(download.cancel); }),
+                        Ask([](Download& download) { download.agent->CleanUp(); })}) {
+    Download download;
+    ask(download);
+    EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
+    EXPECT_TRUE(IsEqualGUID(download.id, NoJob));
+    EXPECT_TRUE(server.Seen().empty());
+  }
 }
 
 TEST_F(DownloadAgentTest, TheOwnerStopsTheJobThroughItsProgress) {
