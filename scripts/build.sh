@@ -2,6 +2,7 @@
 # Builds lanes: scripts/build.sh LANE…
 #   product       the agent and its programs, for Windows               -> build/windows/bin
 #   windows       the same with everything else that runs under Wine    -> build/windows/bin
+#   stop          what ./dev bench stop runs under Wine                 -> build/windows/bin
 #   cloudsim, herd  one native program                                  -> build/native/bin
 #   native        cloudsim and the tests that stand around the lab      -> build/native/bin
 #   asan, tsan    unit tests under address+undefined / thread sanitizer -> build/asan/bin, build/tsan/bin
@@ -44,9 +45,10 @@ for lane in "$@"; do
   case "$lane" in
     product) for_windows tolmarctl scriptrunner labtrust ;;
     windows) for_windows ;;
+    stop) for_windows stop_bench scriptrunner labtrust ;;
     cloudsim | herd) native "$lane" ;;
     native) native cloudsim cloudsim_tests e2e_tests ;;
-    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests ;;
+    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

@@ -73,6 +73,7 @@ pki_make
 echo "checks"
 check "format" bash scripts/format.sh --check
 [ "$unit_only" = yes ] || check "clang-tidy" bash scripts/tidy.sh
+check "behaviour table" bash scripts/behaviour.sh
 check "exported names" exports_are_the_api
 check "README's example" readme_shows_the_example
 check "version resource" version_resource_is_current
@@ -81,6 +82,7 @@ echo "native lane"
 suite "agent, address and undefined sanitizers" "$BUILD/asan/bin/agent_unit_tests"
 suite "agent, thread sanitizer" setarch -R "$BUILD/tsan/bin/agent_unit_tests"
 suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
+check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
 

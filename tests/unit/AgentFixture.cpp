@@ -7,7 +7,9 @@ namespace {
 std::string Outcome(unsigned long code, const Json::Value& document) {
   std::string text = std::to_string(code) + " ";
   for (const Json::Value& title : document["swList"]) {
-    text += title["status"].asString() + " " + title["progress"].asString() + ";";
+    const Json::Value& progress = title["progress"];
+    text +=
+        title["status"].asString() + " " + (progress.isInt() ? "int" : progress.asString()) + ";";
   }
   return text;
 }

@@ -28,7 +28,7 @@ struct Reply {
 /// it calls the agent. Queues hold the next results; the happy ones come behind them.
 struct Script {
   bool logOpens = true, hasBroker = true, fetches = true, resumes = true;
-  bool installerStarts = true, installerEnds = true;
+  bool installerStarts = true, installerEnds = true, waitsFail = false;
   bool muted = false;  ///< nothing is recorded: threads meet in the agent only
   int registered = 1, keyExists = 1;
   std::int64_t now = 1000;  ///< seconds

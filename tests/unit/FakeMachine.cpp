@@ -105,9 +105,11 @@ void CriticalSection::EnterLock() {
   m_pState->mutex.lock();
   ++m_pState->depth;
   heldHere.push_back(this);
+  if (this != Fake().stateLock) Fake().Note("lock");
 }
 
 void CriticalSection::ExitLock() {
+  if (this != Fake().stateLock) Fake().Note("unlock");
   heldHere.erase(std::find(heldHere.begin(), heldHere.end(), this));
   --m_pState->depth;
   m_pState->mutex.unlock();
@@ -129,13 +131,13 @@ static const auto realWait = __imp_WaitForSingleObject;
 static DWORD WINAPI RecordedWait(HANDLE handle, DWORD milliseconds) {
   if (milliseconds == INFINITE) return realWait(handle, milliseconds);
   if (milliseconds != 0) Fake().Note("wait", handle, int(milliseconds));
-  return realWait(handle, 0);
+  return Fake().waitsFail ? WAIT_FAILED : realWait(handle, 0);
 }
 
 static const auto realWaitForAny = __imp_WaitForMultipleObjects;
 
 static DWORD WINAPI RecordedWaitForAny(DWORD count, const HANDLE* all, BOOL every, DWORD limit) {
-  Fake().Note("wait-any", int(count), int(limit));
+  Fake().Note(every ? "wait-all" : "wait-any", int(count), int(limit));
   return realWaitForAny(count, all, every, limit);
 }
 

@@ -6,12 +6,14 @@ using InstallTest = AgentFixture;
 
 TEST_F(InstallTest, ATitleIsDownloadedInstalledAndCheckedInOrder) {
   EXPECT_EQ(Install("T:M"), "0 installed 0;");
-  EXPECT_EQ(
-      fake.Transcript({"d D", "d I", "d R", "d TolmarAgent::I", "d TolmarAgent::GetM", "down", "m",
-                       "DOWN", "with", "file", "extract", "start", "wait", "run", "delete"}),
-      R"(d TolmarAgent::InstallEntitledSoftware: Entry
+  EXPECT_EQ(fake.Transcript({"d D", "d I", "d R", "d TolmarAgent::I", "d TolmarAgent::GetM", "down",
+                             "m", "DOWN", "POST", "lock", "unlock", "with", "file", "extract",
+                             "start", "wait", "run", "delete"}),
+            R"(d TolmarAgent::InstallEntitledSoftware: Entry
+lock
 d TolmarAgent::InstallEntitledSoftware: Acquired downloadAgent lock
 d TolmarAgent::GetModuleFileListNInstallationStatus: Entry
+POST https://cloud/mp/zlt/v2/downloadRequest?deviceId=D-1 {"type":"downloadRequest","parameters": { "deviceId":"D-1","l1FruPn":"T","moduleFruPn":"M"}}
 with Content-Type: application/json\r\ntoken: jwt
 d TolmarAgent::GetModuleFileListNInstallationStatus: Exit
 d DownloadNInstallSoftwarePackage: Entry
@@ -19,6 +21,7 @@ downloads ZLTKIVJob
 mkdir C:\kiv true
 d DownloadNInstallSoftwarePackage: Report Download progress
 d ReportDownloadProgress: swFru=T, moduleFru=M, action=0, filename=a.cab, progress=0
+POST https://cloud/mp/zlt/v2/downloadProgress?deviceId=D-1 {"type":"downloadProgress","parameters": { "l1FruPn":"T","moduleFruPn":"M","action":0,"message":"","fileName":"a.cab","progress":0,"custDeviceDate":"10:00:00"}}
 with Content-Type: application/json\r\ntoken: jwt
 d DownloadNInstallSoftwarePackage: After reporting download progress
 DOWNLOAD ZLTKIVJob false cancel 1
@@ -30,6 +33,7 @@ d InstallModule: Entry
 extract C:\kiv\a.cab
 d InstallModule: Reporting install progress
 d ReportInstallProgress: swFru=T, moduleFru=M, action=0
+POST https://cloud/mp/zlt/v2/installProgress?deviceId=D-1 {"type":"installProgress","parameters": { "l1FruPn":"T","moduleFruPn":"M","action":0,"message":"","custDeviceDate":"10:00:00"}}
 with Content-Type: application/json\r\ntoken: jwt
 d InstallModule: Launching installer process now
 start C:\sys\WindowsPowerShell\v1.0\powershell.exe -ExecutionPolicy bypass -NoProfile -NonInteractive -WindowStyle Hidden /f "C:\kiv\out\install.ps1" -command "install" in C:\kiv\out true
@@ -39,6 +43,7 @@ d InstallModule: Checking installation state now
 run C:\sys\WindowsPowerShell\v1.0\powershell.exe -ExecutionPolicy bypass -NoProfile -NonInteractive -WindowStyle Hidden /f "C:\kiv\c.ps1 in C:\kiv true cancel
 d InstallModule: Status is Installed
 d ReportInstallProgress: swFru=T, moduleFru=M, action=2
+POST https://cloud/mp/zlt/v2/installProgress?deviceId=D-1 {"type":"installProgress","parameters": { "l1FruPn":"T","moduleFruPn":"M","action":2,"message":"","custDeviceDate":"10:00:00"}}
 with Content-Type: application/json\r\ntoken: jwt
 d InstallModule: Exit 0
 d DownloadNInstallSoftwarePackage: Trying to delete KIV folder now
@@ -46,6 +51,7 @@ delete C:\kiv true
 d DownloadNInstallSoftwarePackage: Exit. 0
 d Download and install success
 d Download and install code=0 for AppId=T
+unlock
 d TolmarAgent::InstallEntitledSoftware: Exit
 )");
   EXPECT_NE(SetEvent(fake.installer), FALSE);  // its handle stays open
@@ -68,7 +74,7 @@ TEST_F(InstallTest, TitlesAreTakenUpOneByOneAndTheLastCodeCounts) {
               {"N:", false, {}, {}, "4294967295 not installed 0;", "-1 for AppId=N\n"},
               {"A:M B:M", false, {gone}, {}, "0  ;installed 0;", ""},
               {"A:M N:", false, {gone}, {}, "404  ; ;", ""},
-              {"A:MN", false, {Files(""), gone}, {}, "404  ;", ""}};
+              {"A:MNO", false, {Files(""), gone}, {}, "404  ;", ""}};
   for (const auto& row : rows) {
     fake.next["downloadRequest"] = row.lists;
     fake.checks = row.checks;
@@ -113,6 +119,7 @@ TEST_F(InstallTest, MissingFilesAreDownloadedAndTheLastPackageAndScriptUsed) {
     const bool paused = row.lines.starts_with("wait");
     EXPECT_EQ(polled.find("0 downloaded 100;") != std::string::npos, paused);
     EXPECT_EQ(polled.find("unlocked"), std::string::npos);
+    EXPECT_EQ(fake.Count("DOWNLOAD"), paused ? 0U : 1U);
     EXPECT_EQ(fake.Transcript({"file", "wait ", "extract"}), row.lines);
     EXPECT_NE(fake.Transcript({"run"}).find("/f \"" + row.script + " in "), std::string::npos);
   }
@@ -170,6 +177,7 @@ TEST_F(InstallTest, EveryOutcomeOfAModuleIsToldInStatusPercentageAndReport) {
   const auto unpack = [] { return std::wstring(L"C:\\kiv\\out"); };
   const auto refuse = [] { return std::wstring(); };
   const auto fail = []() -> std::wstring { throw std::runtime_error("no cabinet \xc3\xbc"); };
+  const auto odd = []() -> std::wstring { throw 5; };
   const std::string refused =
       "Package destination is empty. This happens when package have failed Certificate Validation.";
   // clang-format off
@@ -184,9 +192,11 @@ TEST_F(InstallTest, EveryOutcomeOfAModuleIsToldInStatusPercentageAndReport) {
       {unpack, true, false, 1, "0", "installing 95;installed 95;installed 100;", "02", "Installation cancelled by CancelEvent"},
       {unpack, false, true, 1, "48", "not installed 100;", "0-1", "Exit 48"},
       {refuse, true, true, 1, "48", "not installed 100;", "-1", refused},
-      {fail, true, true, 1, "48", "not installed 100;", "-1", refused}};
+      {fail, true, true, 1, "48", "not installed 100;", "-1", refused},
+      {odd, true, true, 1, "48", "not installed 100;", "-1", refused}};
   // clang-format on
   SetEvent(cancel);
+  std::string errors;
   for (const auto& row : rows) {
     StartQuietly();
     fake.extract = row.extract;
@@ -195,12 +205,12 @@ TEST_F(InstallTest, EveryOutcomeOfAModuleIsToldInStatusPercentageAndReport) {
     fake.checks = {row.check};
     std::string steps, last;
     fake.atStep = [&] {
-      const std::string now = Poll().substr(2);
-      if (std::exchange(last, now) != now) steps += now;
+      const std::string now = Poll();
+      if (std::exchange(last, now) != now) steps += now.substr(now.find(' ') + 1);
     };
     EXPECT_EQ(Install("T:M").substr(0, row.code.size() + 1), row.code + " ");
     fake.atStep = nullptr;
-    EXPECT_EQ(steps, " 0;downloading 0;installing 50;" + row.steps);
+    EXPECT_EQ(steps, " ; 0;downloading 0;installing 50;" + row.steps);
     std::string reported;
     for (const std::string action : {"0", "-1", "1", "2"}) {
       const std::string report = "d ReportInstallProgress: swFru=T, moduleFru=M, action=" + action;
@@ -208,8 +218,9 @@ TEST_F(InstallTest, EveryOutcomeOfAModuleIsToldInStatusPercentageAndReport) {
     }
     EXPECT_EQ(reported, row.actions);
     EXPECT_EQ(fake.Count("d InstallModule: " + row.line), 1U);
+    errors += fake.Transcript({"e "});
   }
   const std::string error =
       "e InstallModule : Exception while extracting the package with error - ";
-  EXPECT_EQ(fake.Transcript({"e "}), error + "no cabinet ü\n");
+  EXPECT_EQ(errors, error + "no cabinet ü\n" + error + "unknown error\n");
 }

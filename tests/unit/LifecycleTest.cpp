@@ -8,6 +8,7 @@ using LifecycleTest = AgentFixture;
 const Reply Preinstall = Result(R"({"code":0,"hasEntitlement":true,"hasPreinstallSw":true})");
 
 TEST_F(LifecycleTest, StartUpAsksAndThenSubscribes) {
+  fake.logOpens = false;
   Start();
   EXPECT_EQ(fake.Transcript(
                 {"identity", "open", "device", "base", "realm", "POST", "d TolmarAgent.", "sub"}),
@@ -23,10 +24,10 @@ d TolmarAgent.Init: HasEntitledSoftware returned 1 preIsntallSw=0
 subscribe false
 )");
   fake.Forget();
-  EXPECT_EQ(Agent().Initialize(), 0U);
-  EXPECT_EQ(fake.Transcript(), "identity\nopen-log TolmarAgent.log 4\nsubscribe false\n");
-  fake.logOpens = false;
   EXPECT_EQ(Agent().Initialize(), 0xFFFFFFFFU);
+  EXPECT_EQ(fake.Transcript(), "identity\nopen-log TolmarAgent.log 4\nsubscribe false\n");
+  fake.logOpens = true;
+  EXPECT_EQ(Agent().Initialize(), 0U);
 }
 
 TEST_F(LifecycleTest, TheWorkerStartsWithAChangedEndpointOfARegisteredDevice) {
@@ -37,7 +38,7 @@ TEST_F(LifecycleTest, TheWorkerStartsWithAChangedEndpointOfARegisteredDevice) {
     std::wstring base, realm;
     std::size_t asked, worker;
   } rows[] = {{1, true, L"https://cloud", L"realm", 1, 0},
-              {1, true, L"https://other", L"realm", 1, 1},
+              {2, true, L"https://other", L"realm", 1, 1},
               {1, true, L"https://cloud", L"Realm", 1, 1},
               {0, true, L"https://other", L"realm", 0, 0},
               {1, false, L"https://other", L"realm", 0, 0}};
@@ -114,10 +115,11 @@ TEST_F(LifecycleTest, OnlyAConfiguredDeviceAtANewOrUnaskedEndpointIsAskedAgain) 
     fake.baseUrl = row.base;
     fake.realm = row.realm;
     Notify(row.vrx, row.topic, row.state);
+    JoinWorker();
     const std::string received =
         "g TolmarAgent::OnZLTNotification: ZLT Notification received; topicID: " +
         std::to_string(row.topic) + ", eventState: " + std::to_string(row.state) + "\n";
-    EXPECT_EQ(fake.Transcript({on, "d TolmarAgent.", "g "}),
+    EXPECT_EQ(fake.Transcript({on, "d TolmarAgent.", "g ", "d Pre"}),
               on + "Invoked\n" + (row.vrx ? "" : received) + row.lines + on + "Exit\n");
     EXPECT_EQ(ServerUrl(), (row.lines.empty() ? L"old" : row.base) + L"/mp/zlt/v2");
   }
@@ -128,25 +130,33 @@ TEST_F(LifecycleTest, TheWorkerInstallsTheWholeListForEveryPreinstallTitleThatIs
   const std::string worker = "d PreinstallSoftwareThrdRtn: ";
   const std::string install = worker + "Invoking InstallEntitledSoftware\n";
   const std::string already = worker + "Software is already installed\n";
+  const std::string list = Titles("A!:M B:M C!:M")["swList"].toStyledString();
+  const std::string titles = R"({"code":0,"swList":)" + list + "}";
+  // A title that cannot be read keeps what the service says of it.
+  const std::string own = R"({"code":0,"swList":[
+      {"preinstallSw":true,"status":"Not Installed","moduleList":[5]},
+      {"preinstallSw":true,"status":"not installed yet","moduleList":[5]}]})";
   const struct {
-    unsigned long status;
+    std::string result;
     std::deque<int> checks;  // two for the states, then two for each installation of the list
     std::string lines;
     std::size_t installed;
-  } rows[] = {{200, {0, 0, 1, 1}, install + already, 2},
-              {200, {0, 0, 0, 0, 0, 1}, install + install, 4},
-              {200, {1, 1}, already + already, 0},
-              {404, {}, "", 0}};
-  const std::string list = Titles("A!:M B:M C!:M")["swList"].toStyledString();
+  } rows[] = {{titles, {0, 0, 1, 1}, install + already, 2},
+              {titles, {0, 0, 0, 0, 0, 1}, install + install, 4},
+              {titles, {1, 1}, already + already, 0},
+              {R"({"code":0,"swList":[5]})", {}, "", 0},
+              {own, {}, install + already, 0},
+              {R"({"code":5,"swList":)" + list + "}", {}, "", 0}};
   for (const auto& row : rows) {
     StartQuietly();
-    fake.always["entitlement"] = {R"({"result":{"code":0,"swList":)" + list + "}}", row.status};
+    fake.always["entitlement"] = Result(row.result);
     fake.checks = row.checks;
     Notify(false, 4, 15);
     JoinWorker();
     EXPECT_EQ(fake.Transcript({worker}), worker + "Entry\n" + row.lines + worker + "Exit\n");
     EXPECT_EQ(fake.Count("DOWNLOAD ZLTKIVJob false stop 1"), row.installed);
     EXPECT_EQ(fake.Count("run"), row.checks.size());
+    EXPECT_EQ(fake.Transcript({"run"}).find("true null"), std::string::npos);
   }
 }
 

@@ -60,6 +60,11 @@ TEST_F(ProgressTest, AStopIsTakenAtTheNextStepAndItsReportPacedAway) {
       "Return false\n";
   const HANDLE signalled = CreateEventW(nullptr, TRUE, TRUE, nullptr);
   const HANDLE quiet = cancel;
+  During([&] {
+    cancel = nullptr;
+    Check("");  // its handle is the newest one now
+    EXPECT_FALSE(Progress(1, 4));
+  });
   for (const HANDLE handle : {signalled, HANDLE{nullptr}, quiet}) {
     if (handle == quiet) SetEvent(StopEvent());
     cancel = handle;
@@ -116,23 +121,25 @@ TEST_F(ProgressTest, AnExpiredAddressIsRenewed) {
     Reply reply;
     bool resumes;
     std::string lines;
-  } rows[] = {{6, Files("a.cab=u/2"), true, ""},
-              {4, Files("a.cab=u/2"), true, ""},
-              {5, {"", 404}, true, no},
-              {5, Files(""), true, no},
-              {7, Result(R"({"code":0})"), true, no},
-              {5, Files("a.cab=u/1 A.CAB=u/2"), true, no},
-              {5, Files("A.CAB=u/0 a.cab=u/2"), true, renewed("u/2", "a.cab")},
-              {7, Files("a.cab=u/1 xa.cab=u/3 a.cab=u/4"), false, renewed("u/3", "xa.cab")}};
+  } rows[] = {
+      {6, Files("a.cab=u/2"), true, ""},
+      {4, Files("a.cab=u/2"), true, ""},
+      {5, Result(R"({"code":5,"fileList":[{"name":"a.cab","downloadUrl":"u/2"}]})"), true, no},
+      {5, Files(""), true, no},
+      {7, Result(R"({"code":0})"), true, no},
+      {5, Files("a.cab=u/1 A.CAB=u/2"), true, no},
+      {5, Files("A.CAB=u/0 a.cab=u/2"), true, renewed("u/2", "a.cab")},
+      {7, Files("a.cab=u/1 xa.cab=u/3 a.cab=u/4"), false, renewed("u/3", "xa.cab")}};
   for (const auto& row : rows) {
     During([&] {
-      fake.next["downloadRequest"] = {row.reply};
+      fake.next["downloadRequest"] = std::deque<Reply>(4, row.reply);
       fake.resumes = row.resumes;
       fake.Forget();
       DownloadAgent::FileMap files{{L"u/1", L"C:\\kiv\\a.cab"}, {L"u/9", L"C:\\kiv\\b.cab"}};
       ErrorDetails error{row.context, -5, L"why"};
       bool resumed = true;
       fake.onError(files, error, resumed);
+      fake.next.clear();
       const std::size_t calls = fake.Count("resume");
       EXPECT_EQ(resumed, calls == 1 && row.resumes);
       EXPECT_EQ(files.size(), 2 - calls);
@@ -147,6 +154,12 @@ TEST_F(ProgressTest, AnExpiredAddressIsRenewed) {
   fake.Forget();
   fake.onError(files, error, resumed);  // no name: the first new address is taken
   EXPECT_TRUE(fake.Count(on + "File details") == 0 && files[L""] == L"u/a.cab");
+  EXPECT_NE(fake.Transcript({"POST"}).find(R"("l1FruPn":"T","moduleFruPn":"M"}})"),
+            std::string::npos);
+  DownloadAgent::FileMap none;
+  fake.Forget();
+  fake.onError(none, error, resumed);
+  EXPECT_TRUE(fake.Count("d ") == 1 && !resumed);
   fake.always["downloadRequest"] = Result(R"({"code":0,"fileList":[{"name":{}}]})");
   EXPECT_THROW(fake.onError(files, error, resumed), Json::Exception);
 }
@@ -221,24 +234,27 @@ TEST_F(ProgressTest, TheStatusOfTheCurrentTitleIsFilledIn) {
 
 TEST_F(ProgressTest, InstallationPollingEventsAndCancelRunSideBySide) {
   std::atomic<bool> done = false;
-  std::atomic<int> polls = 0;
+  std::atomic<int> polls = 0, downloads = 0;
   fake.muted = true;
-  fake.download = [&] {
-    std::thread service([&] {
-      for (std::uint64_t i = 0; Progress(i, 1000); ++i) Complete(i % 2 == 0);
-    });
-    service.join();
-    return false;
+  std::thread service;
+  fake.download = [&] {  // events of the first module come until the last one is cancelled
+    if (++downloads == 1) {
+      service = std::thread([&] {
+        for (std::uint64_t i = 0; Progress(i, 1000); ++i) Complete(i % 2 == 0);
+      });
+    }
+    if (downloads == 26) service.join();
+    return downloads < 26;
   };
   std::thread install([&] {
-    EXPECT_EQ(Install("T:M"), "4294967295 not installed 0;");
+    EXPECT_EQ(Install("T:ABCDEFGHIJKLMNOPQRSTUVWXYZ"), "0 installed 0;");
     done = true;
   });
   const auto poll = [&] {
     while (!done) polls += Poll().starts_with("0 download") ? 1 : 0;
   };
   std::thread first(poll), second(poll);
-  while (polls < 50) std::this_thread::yield();
+  while (polls < 50 || downloads < 26) TolmarAgent::SetBaseUri(L"https://other");
   SetEvent(cancel);
   for (std::thread* thread : {&install, &first, &second}) thread->join();
 }

