@@ -48,44 +48,44 @@ class InheritedHandles {
   bool _complete = false;
 };
 
-STARTUPINFOEXW StartupInformation(const ProcessSpec& spec, HANDLE null,
+STARTUPINFOEXW StartupInformation(const ProcessOrder& order, HANDLE null,
                                   InheritedHandles& inherited) {
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof startup;
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-  startup.StartupInfo.wShowWindow = spec.hidden ? SW_HIDE : SW_SHOWNORMAL;
+  startup.StartupInfo.wShowWindow = order.hidden ? SW_HIDE : SW_SHOWNORMAL;
   startup.StartupInfo.hStdInput = null;
   startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
-      spec.output != nullptr ? spec.output : null;
+      order.output != nullptr ? order.output : null;
   startup.lpAttributeList = inherited.List();
   return startup;
 }
 
-BOOL Create(const ProcessSpec& spec, STARTUPINFOEXW& startup, PROCESS_INFORMATION& process) {
+BOOL Create(const ProcessOrder& order, STARTUPINFOEXW& startup, PROCESS_INFORMATION& process) {
   const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
-                      (spec.suspended ? CREATE_SUSPENDED : 0) |
-                      (spec.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
-  std::wstring line = spec.commandLine;  // Windows writes into it
-  const wchar_t* folder = spec.workingDirectory.empty() ? nullptr : spec.workingDirectory.c_str();
-  if (spec.token == nullptr) {
+                      (order.suspended ? CREATE_SUSPENDED : 0) |
+                      (order.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
+  std::wstring line = order.commandLine;  // Windows writes into it
+  const wchar_t* folder = order.workingDirectory.empty() ? nullptr : order.workingDirectory.c_str();
+  if (order.token == nullptr) {
     return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, folder,
                           &startup.StartupInfo, &process);
   }
   wchar_t desktop[] = L"winsta0\\default";
   startup.StartupInfo.lpDesktop = desktop;
-  return CreateProcessAsUserW(spec.token, nullptr, line.data(), nullptr, nullptr, TRUE, flags,
+  return CreateProcessAsUserW(order.token, nullptr, line.data(), nullptr, nullptr, TRUE, flags,
                               nullptr, folder, &startup.StartupInfo, &process);
 }
 
 }  // namespace
 
-StartedProcess StartProcess(const ProcessSpec& spec) {
+StartedProcess StartProcess(const ProcessOrder& order) {
   const Handle null = OpenNull();
-  InheritedHandles inherited(null.Get(), spec.output);
+  InheritedHandles inherited(null.Get(), order.output);
   if (!null || !inherited.IsComplete()) return {};
-  STARTUPINFOEXW startup = StartupInformation(spec, null.Get(), inherited);
+  STARTUPINFOEXW startup = StartupInformation(order, null.Get(), inherited);
   PROCESS_INFORMATION process{};
-  if (!Create(spec, startup, process)) return {};
+  if (!Create(order, startup, process)) return {};
   return {Handle(process.hProcess), Handle(process.hThread)};
 }
 

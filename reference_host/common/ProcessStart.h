@@ -17,7 +17,7 @@ struct StartedProcess {
 };
 
 /// What to start, and how.
-struct ProcessSpec {
+struct ProcessOrder {
   std::wstring commandLine;
   std::wstring workingDirectory;
   bool hidden = true;       ///< without a visible window
@@ -29,6 +29,6 @@ struct ProcessSpec {
 /// Starts a program. Its standard input is at its end, so that none can wait for input that never
 /// comes; it inherits no handle of this process but those of its streams.
 /// @return the process, nothing (and the last error) when it does not start.
-StartedProcess StartProcess(const ProcessSpec& spec);
+StartedProcess StartProcess(const ProcessOrder& order);
 
 }  // namespace refhost

@@ -19,9 +19,9 @@ bool SetLimits(HANDLE job, DWORD flags) {
 
 }  // namespace
 
-ProcessTree::ProcessTree(ProcessSpec spec) {
-  spec.suspended = true;
-  _started = StartProcess(spec);
+ProcessTree::ProcessTree(ProcessOrder order) {
+  order.suspended = true;
+  _started = StartProcess(order);
   if (!_started) {
     _error = GetLastError();
   } else if (!Enclose()) {

@@ -9,7 +9,7 @@ namespace refhost {
 class ProcessTree {
  public:
   /// Starts the program.
-  explicit ProcessTree(ProcessSpec spec);
+  explicit ProcessTree(ProcessOrder order);
 
   bool IsRunning() const { return static_cast<bool>(_started); }
 

@@ -116,13 +116,13 @@ void WatchAside(std::shared_ptr<const Watched> watched) {
 }
 
 /// In the signed-in user's session where that can be done, else in this process's own.
-refhost::StartedProcess StartForUser(refhost::ProcessSpec spec) {
+refhost::StartedProcess StartForUser(refhost::ProcessOrder order) {
   const refhost::Handle token = refhost::TokenForUserSession();
-  spec.token = token.Get();
-  refhost::StartedProcess started = refhost::StartProcess(spec);
-  if (started || spec.token == nullptr) return started;
-  spec.token = nullptr;
-  return refhost::StartProcess(spec);
+  order.token = token.Get();
+  refhost::StartedProcess started = refhost::StartProcess(order);
+  if (started || order.token == nullptr) return started;
+  order.token = nullptr;
+  return refhost::StartProcess(order);
 }
 
 refhost::Handle Duplicate(HANDLE process) {
