@@ -68,14 +68,14 @@ class TOLMAR_API TolmarAgent {
   /// apart), and publishes the answer in the registry
   /// (HKEY_LOCAL_MACHINE\Software\Corvan\ZLT\Entitlement, "Entitled").
   /// @param hasEntitlement out, 1 or 0; untouched when no reply could be read.
-  /// @return 0; 62 when the device is not registered; 29, 34, 39, an HTTP status or a WinHTTP error
-  /// number.
+  /// @return 0; 62 when the device is not registered; 11 (the request could not be made), 29, 34,
+  /// 39, an HTTP status or a WinHTTP error number.
   unsigned long HasEntitledSoftware(unsigned char& hasEntitlement);
 
   /// Asks for the entitled titles, retried as above.
   /// @param reply out, the service's answer: an object with the array "swList"; untouched when no
   /// reply could be read.
-  /// @return 0; 30, 35, 39, an HTTP status or a WinHTTP error number.
+  /// @return 0; 11, 30, 35, 39, an HTTP status or a WinHTTP error number.
   unsigned long GetEntitledSoftware(Json::Value& reply);
 
   /// Finds out for every title of the list whether it is installed, by the modules' check scripts,
@@ -104,10 +104,10 @@ class TOLMAR_API TolmarAgent {
   /// @param cancelHandle in, an event: signalled, it stops downloads and the waiting for
   /// installers. With null no download gets past its first progress event.
   /// @param preinstallOnly in, true: only titles with "preinstallSw".
-  /// @return code of the last step taken: 0; 31, 36, 39, an HTTP status or a WinHTTP error number
-  /// of a file-list query; 47, 48; 0xFFFFFFFF for a title without modules or whose first download
-  /// failed. After 39 because of the document's shape no installation can run any more in this
-  /// process from another thread.
+  /// @return code of the last step taken: 0; 11, 31, 36, 39, an HTTP status or a WinHTTP error
+  /// number of a file-list query; 47, 48; 0xFFFFFFFF for a title without modules or whose first
+  /// download failed. After 39 because of the document's shape no installation can run any more in
+  /// this process from another thread.
   unsigned long InstallEntitledSoftware(Json::Value& document, HANDLE cancelHandle,
                                         bool preinstallOnly);
 
@@ -123,7 +123,7 @@ class TOLMAR_API TolmarAgent {
   /// @param reply out, the service's answer: an object with the array "fileList"; untouched when
   /// the service could not be reached or its reply was no JSON.
   /// @param l1FruPn in, the title's part number. @param moduleFruPn in, the module's part number.
-  /// @return 0; 31, 36, 39, an HTTP status or a WinHTTP error number.
+  /// @return 0; 11, 31, 36, 39, an HTTP status or a WinHTTP error number.
   unsigned long GetDownloadFiles(Json::Value& reply, std::wstring l1FruPn,
                                  std::wstring moduleFruPn);
 

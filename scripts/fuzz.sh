@@ -41,9 +41,9 @@ fuzz_one() {
   local target=$1 log=$FUZZ/log/$1.log corpus=$FUZZ/corpus/$1 status=0 before after edges
   mkdir -p "$FUZZ/log" "$corpus" "$FUZZ/findings"
   before=$(find "$FUZZ/findings" -name "$target-*" | wc -l)
-  ASAN_OPTIONS=malloc_context_size=4 "$FUZZ/lane/bin/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 -timeout=10 -rss_limit_mb=2048 \
-    -dict="$SOURCES/words.dict" -artifact_prefix="$FUZZ/findings/$target-" "$corpus" "$SOURCES/corpus/$target" \
-    >"$log" 2>&1 </dev/null || status=$?
+  ASAN_OPTIONS=malloc_context_size=4 "$FUZZ/lane/bin/fuzz_$target" -max_total_time="$seconds" -print_final_stats=1 \
+    -timeout=10 -rss_limit_mb=2048 -dict="$SOURCES/words.dict" -artifact_prefix="$FUZZ/findings/$target-" \
+    "$corpus" "$SOURCES/corpus/$target" >"$log" 2>&1 </dev/null || status=$?
   after=$(find "$FUZZ/findings" -name "$target-*" | wc -l)
   edges=$(sed -n 's/^#[0-9].* cov: \([0-9]*\) .*/\1/p' "$log" | tail -n 1)
   printf '| %-22s | %11s | %7s | %5s | %6s | %8s |\n' "$target" "$(figure "$log" number_of_executed_units)" \
