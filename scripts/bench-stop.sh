@@ -2,12 +2,11 @@
 # How long a stop takes, phase by phase: ./dev bench stop [PHASE…]. Prints a Markdown table, as docs/operations.md has it.
 source scripts/common.sh
 source scripts/lab.sh
+source scripts/cloud.sh
 WANTED=" $* "
 RUNS=${RUNS:-3}
-NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
 STOP=$BUILD/bench-stop
 LAB_STOP=$LAB_C/lab/stop
-CLOUD=
 LIMIT=10
 TRIAL=0
 
@@ -27,7 +26,7 @@ TEXT
 finish() {
   local status=$?
   trap - EXIT
-  stop_cloud
+  cloud_stop
   lab_down
   exit "$status"
 }
@@ -59,27 +58,10 @@ make_titles() {
 
 # start_cloud TITLE FAULTS
 start_cloud() {
-  local tries
   jq -n --arg title "$1" --argjson faults "$2" '{sessionToken: "session-of-the-lab", faults: $faults,
     titles: [{l1FruPn: "T-STOP", name: "Stop", preinstallSw: true, modules: [
       {moduleFruPn: "M-STOP", files: ["\($title)/package.cab", "\($title)/check.ps1"]}]}]}' >"$STOP/catalogue.json"
-  rm -f "$STOP/port"
-  "$NATIVE_BIN/cloudsim" --catalogue "$STOP/catalogue.json" --port 0 --port-file "$STOP/port" --realm bench \
-    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" >"$STOP/cloudsim.log" 2>&1 &
-  CLOUD=$!
-  for ((tries = 0; tries < 100; tries++)); do
-    [ ! -s "$STOP/port" ] || return 0
-    sleep 0.1
-  done
-  die "the simulator did not start, see $STOP/cloudsim.log"
-}
-
-# Answers that it is still sitting on need not be waited for.
-stop_cloud() {
-  [ -n "$CLOUD" ] || return 0
-  kill -KILL "$CLOUD" 2>/dev/null || true
-  wait "$CLOUD" 2>/dev/null || true
-  CLOUD=
+  cloud_start "$STOP" bench
 }
 
 # trial PHASE WAY: two numbers, until the operation and until CleanUp was back ("-": none). A device that is not
@@ -88,7 +70,7 @@ trial() {
   local name=$((++TRIAL)) registered=false
   [ "$2" = worker ] && registered=true
   mkdir -p "$LAB_STOP/$name"
-  jq -n --arg url "https://localhost:$(<"$STOP/port")" --arg folder "C:\\lab\\stop\\$name" \
+  jq -n --arg url "$CLOUD_URL" --arg folder "C:\\lab\\stop\\$name" \
     --argjson registered "$registered" '{baseUrl: $url, tokenUrl: "\($url)/token", realm: "bench",
     deviceId: "PC-0001", sessionToken: "session-of-the-lab", registered: $registered,
     downloadFolder: "\($folder)\\download", logFolder: "\($folder)\\log"}' >"$LAB_STOP/$name/host.json"
@@ -114,7 +96,7 @@ measure_phase() {
   local way
   start_cloud "$2" "$3"
   for way in cancel worker cleanup; do measure "$1" "$way"; done
-  stop_cloud
+  cloud_stop
   printf '| %s | %s | %s | %s | %s |\n' "$4" "$(median 1 <"$STOP/$1-cancel")" \
     "$(median 2 <"$STOP/$1-worker")" "$(median 1 <"$STOP/$1-cleanup")" "$5"
 }

@@ -3,19 +3,17 @@
 source scripts/common.sh
 DEMO=$BUILD/demo
 source scripts/lab.sh
+source scripts/cloud.sh
 source scripts/demo-show.sh
 
-NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
 TOLMAR_DATA=$LAB_C/ProgramData/Tolmar
-CLOUD=
-CLOUD_URL=
 STEP=start
 
 finish() {
   local status=$?
   trap - EXIT
   [ "$status" -eq 0 ] || show_failure
-  [ -z "$CLOUD" ] || kill "$CLOUD" 2>/dev/null || true
+  cloud_stop
   lab_down
   exit "$status"
 }
@@ -39,22 +37,8 @@ reset_pc() {
 }
 
 start_cloud() {
-  local token=$1 tries
-  jq --arg token "$token" '{sessionToken: $token} + .' demo/catalogue.json >"$DEMO/cloud/catalogue.json"
-  rm -f "$DEMO/port"
-  "$NATIVE_BIN/cloudsim" --catalogue "$DEMO/cloud/catalogue.json" --port 0 --port-file "$DEMO/port" \
-    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" --realm demo >"$DEMO/cloudsim.log" 2>&1 &
-  CLOUD=$!
-  for ((tries = 0; tries < 100; tries++)); do
-    if [ -s "$DEMO/port" ]; then
-      CLOUD_URL=https://localhost:$(tr -d '[:space:]' <"$DEMO/port")
-      return 0
-    fi
-    kill -0 "$CLOUD" 2>/dev/null || break
-    sleep 0.1
-  done
-  cat "$DEMO/cloudsim.log" >&2
-  return 1
+  jq --arg token "$1" '{sessionToken: $token} + .' demo/catalogue.json >"$DEMO/cloud/catalogue.json"
+  cloud_start "$DEMO/cloud" demo
 }
 
 # The session token and its like are for this run alone.

@@ -47,7 +47,7 @@ suite() {
 exports_are_the_api() {
   local names foreign
   names=$(x86_64-w64-mingw32-objdump -p "$BUILD/windows/bin/TolmarAgent.dll" |
-    sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '$NF ~ /^_Z/ { print $NF }' | c++filt)
+    sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' | awk '/^\t\[/ { print $NF }' | c++filt)
   [ -n "$names" ] || return 1
   foreign=$(grep -vE '^(TolmarAgent|SoftwarePackage|SoftwareModule|ModuleFile)::' <<<"$names" || true)
   echo "$foreign"
@@ -68,7 +68,6 @@ bash scripts/build.sh asan tsan windows native
 source scripts/lab.sh
 trap lab_down EXIT
 lab_up
-pki_make
 
 echo "checks"
 check "format" bash scripts/format.sh --check

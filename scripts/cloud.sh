@@ -1,0 +1,32 @@
+# The simulator of the cloud service, for scripts. Sourced behind scripts/lab.sh.
+NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
+CLOUD=
+CLOUD_URL=
+
+# cloud_start FOLDER REALM: serves FOLDER/catalogue.json over TLS on a free port; CLOUD_URL tells where. What it has to
+# say goes to FOLDER/cloudsim.log.
+cloud_start() {
+  local folder=$1 tries
+  rm -f "$folder/port"
+  "$NATIVE_BIN/cloudsim" --catalogue "$folder/catalogue.json" --port 0 --port-file "$folder/port" --realm "$2" \
+    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" >"$folder/cloudsim.log" 2>&1 &
+  CLOUD=$!
+  for ((tries = 0; tries < 100; tries++)); do
+    if [ -s "$folder/port" ]; then
+      CLOUD_URL=https://localhost:$(tr -d '[:space:]' <"$folder/port")
+      return 0
+    fi
+    kill -0 "$CLOUD" 2>/dev/null || break
+    sleep 0.1
+  done
+  cat "$folder/cloudsim.log" >&2
+  return 1
+}
+
+# cloud_stop: answers that it is still sitting on need not be waited for.
+cloud_stop() {
+  [ -n "$CLOUD" ] || return 0
+  kill -KILL "$CLOUD" 2>/dev/null || true
+  wait "$CLOUD" 2>/dev/null || true
+  CLOUD=
+}
