@@ -62,11 +62,12 @@ class TOLMAR_API TolmarAgent {
   static void SetBaseUri(const std::wstring& base);
 
   /// Sets the realm. Does not block.
+  /// @param realm in, the realm's name.
   static void SetRealm(const std::wstring& realm);
 
   /// Asks whether the device is entitled to any title, with up to three retries (2 s to 30 min
   /// apart), and publishes the answer in the registry
-  /// (HKEY_LOCAL_MACHINE\Software\Corvan\ZLT\Entitlement, "Entitled").
+  /// (`HKEY_LOCAL_MACHINE\Software\Corvan\ZLT\Entitlement`, "Entitled").
   /// @param hasEntitlement out, 1 or 0; untouched when no reply could be read.
   /// @return 0; 62 when the device is not registered; 11 (the request could not be made), 29, 34,
   /// 39, an HTTP status or a WinHTTP error number.
@@ -91,8 +92,8 @@ class TOLMAR_API TolmarAgent {
   unsigned long GetEntitledSoftwareStatus(Json::Value& entitled, void* handle, bool preinstallOnly);
 
   /// Checks one title of the list; what a thread of `GetEntitledSoftwareStatus` runs.
-  /// @param entitled in and out, as above; null: nothing happens. @param index in, position in
-  /// "swList", from 0.
+  /// @param entitled in and out, as above; null: nothing happens. @param handle in, as above.
+  /// @param index in, position in "swList", from 0. @param preinstallOnly in, as above.
   void GetEntitledSoftwareStatusThreadRtn(Json::Value* entitled, void* handle, int index,
                                           bool preinstallOnly);
 
@@ -128,9 +129,12 @@ class TOLMAR_API TolmarAgent {
                                  std::wstring moduleFruPn);
 
   /// Sends one download report; never retried.
-  /// @param action in, a `DownloadStatus`. @param fileUrl in, sent nowhere. @param progress in,
-  /// percent.
-  /// @param custDeviceDate in, the device's local time as text.
+  /// @param swFru in, the title's part number. @param moduleFru in, the module's part number.
+  /// @param action in, a `DownloadStatus`. @param message in, for people; may be empty.
+  /// @param filename in, the file that the report is about. @param fileUrl in, sent nowhere.
+  /// @param progress in, percent. @param custDeviceDate in, the device's local time as text.
+  /// Texts go into the request as they stand, see service/RequestBody.h: a quote makes it one that
+  /// the service refuses.
   /// @return 0; 11, 32, 37 (the service refused it), 39 (the reply is no JSON).
   /// @throws the JSON library's exception when the reply is JSON of the wrong shape.
   DWORD ReportDownloadProgress(std::wstring swFru, std::wstring moduleFru, int action,
@@ -138,7 +142,8 @@ class TOLMAR_API TolmarAgent {
                                int progress, std::wstring custDeviceDate);
 
   /// Sends one install report; never retried.
-  /// @param action in, an `InstallStatus`.
+  /// @param swFru in, as above. @param moduleFru in, as above. @param action in, an
+  /// `InstallStatus`. @param message in, as above. @param custDeviceDate in, as above.
   /// @return 0; 11, 33, 38 (the service refused it), 39 (the reply is no JSON).
   /// @throws the JSON library's exception when the reply is JSON of the wrong shape.
   DWORD ReportInstallProgress(std::wstring swFru, std::wstring moduleFru, int action,
@@ -147,6 +152,7 @@ class TOLMAR_API TolmarAgent {
   /// Callback of the notification bus. On DEVICE_CONFIGURE (topic 4, event state 15) at a changed
   /// endpoint it asks the service again and may start the pre-install worker; blocks the bus's
   /// thread meanwhile.
+  /// @param data in, the notification.
   void OnZLTNotification(ZLTNotificationData& data);
 
  private:

@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Installs what is missing: Debian packages, and the libraries that Debian has no MinGW builds of (into build/deps).
+# Installs what is missing: Debian packages, those of the arguments too, and the libraries that Debian has no MinGW builds
+# of (into build/deps).
 source scripts/common.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
   libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev make
   ninja-build openssl osslsigncode wine wine64 xz-utils zlib1g-dev)
+PACKAGES+=("$@")
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
 LOGS=$DEPS/log

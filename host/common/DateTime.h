@@ -11,6 +11,7 @@ class ZLT_API DateTimeUtility {
   /// @return now, in seconds since 1970-01-01 00:00 UTC; always above 0.
   static std::int64_t GetCurrentDatetime();
 
+  /// @param later in, seconds since 1970-01-01 00:00 UTC. @param earlier in, the same.
   /// @return the seconds from `earlier` to `later`; negative when they are the other way round.
   static double CompareDateTime(std::int64_t later, std::int64_t earlier);
 };

@@ -12,17 +12,17 @@
 
 /// How far a download is.
 struct DownloadProgressDetail {
-  std::uint64_t bytesTransferred;
-  std::uint64_t bytesTotal;
-  std::uint64_t filesTransferred;
-  std::uint64_t filesTotal;
+  std::uint64_t bytesTransferred;  ///< bytes that have arrived
+  std::uint64_t bytesTotal;        ///< bytes that there are
+  std::uint64_t filesTransferred;  ///< files that are whole
+  std::uint64_t filesTotal;        ///< files that there are
 };
 
 /// Why a file of a download failed.
 struct ErrorDetails {
   std::int32_t errorContext;  ///< BITS's BG_ERROR_CONTEXT: 5 remote file, 7 remote application, ...
   std::int32_t errorCode;     ///< an HRESULT; HTTP statuses as 0x80190000 + status
-  std::wstring errorDescription;
+  std::wstring errorDescription;  ///< for people, in the system's language
 };
 
 /// The suite's download service: background jobs that carry on by themselves and report through
@@ -31,6 +31,7 @@ struct ErrorDetails {
 /// and dropped (progress: the job goes on; error: not resumed).
 class ZLT_API DownloadAgent {
  public:
+  /// Pairs of texts, one a file; the operations say which.
   using FileMap = std::map<std::wstring, std::wstring>;
 
   /// Once, when the job has ended: job name, job id, success, the job's files.
@@ -42,6 +43,9 @@ class ZLT_API DownloadAgent {
   /// callback has resumed the job through `ResumeDownload`. When it has not, the job fails.
   using ErrorCallback = std::function<void(FileMap&, ErrorDetails&, bool&)>;
 
+  /// @param jobName in, the name that the caller's jobs have.
+  /// @param onComplete in, see there. @param onProgress in, see there. @param onError in, see
+  /// there.
   /// @return the service with these callbacks for jobs named `jobName`; the same object for the
   /// same name, which keeps its first callbacks. Never null; lives as long as the process.
   static DownloadAgent* GetInstance(std::wstring jobName, CompleteCallback onComplete,
@@ -61,6 +65,7 @@ class ZLT_API DownloadAgent {
                      GUID& jobId, HANDLE cancelHandle, long priority);
 
   /// Carries on the job whose error callback is running, with new addresses.
+  /// @param jobName in, the name that `GetInstance` was given.
   /// @param files in, file name (last component of the local path) to new URL.
   /// @return true when the job goes on.
   bool ResumeDownload(std::wstring jobName, FileMap files);

@@ -9,10 +9,10 @@ namespace ZLT {
 
 /// Time-outs of one exchange, in milliseconds.
 struct ZLT_API HttpTimeouts {
-  int resolve;
-  int connect;
-  int send;
-  int receive;
+  int resolve;  ///< until the name is an address
+  int connect;  ///< until the connection stands
+  int send;     ///< for the request
+  int receive;  ///< for the reply
 
   /// What the suite uses where nothing else is asked for.
   static const HttpTimeouts DEFAULT;
@@ -25,6 +25,7 @@ class ZLT_API HttpRequest {
   /// @param url in, absolute; https, or http to a loopback host.
   /// @param userAgent in, an empty text: the suite's own.
   /// @param proxy in, null: the machine's settings.
+  /// @param timeouts in, milliseconds.
   HttpRequest(const wchar_t* url, const wchar_t* userAgent, const wchar_t* proxy,
               HttpTimeouts timeouts);
   ~HttpRequest();
@@ -32,7 +33,7 @@ class ZLT_API HttpRequest {
   HttpRequest& operator=(const HttpRequest&) = delete;
 
   /// Sends a POST and receives the whole reply; blocks for at most the time-outs.
-  /// @param body in, `length` bytes.
+  /// @param body in, `length` bytes. @param length in, bytes.
   /// @param headers in, header lines separated by CR LF; the last needs none.
   /// @return true when a whole reply arrived, whatever its status. On false `getStatusCode` tells
   /// why.

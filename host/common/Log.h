@@ -22,6 +22,7 @@ class ZLT_API Log {
   void d(const wchar_t* format, ...);
 
   /// Writes one record at error level; otherwise as `d`.
+  /// @param format in, as for `d`.
   void e(const wchar_t* format, ...);
 
   /// Opens the log; called by `utility::InitLog`.

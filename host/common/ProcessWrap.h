@@ -27,6 +27,7 @@ class ZLT_API ProcessWrap {
   /// Runs a program to its end and tells whether it succeeded. Blocks until the program has ended,
   /// the cancel handle is signalled or the suite's time-out has passed; in the two latter cases it
   /// ends the program and every process that the program started. Input and log as above.
+  /// @param commandLine in, program and arguments. @param workingDirectory in, an existing folder.
   /// @param hidden in, true: without a visible window. @param cancelHandle in, an event; may be
   /// null.
   /// @return non-zero exactly when the program ran to its end and its exit code was 0.

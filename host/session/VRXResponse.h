@@ -15,10 +15,12 @@ class ZLT_API VRXResponse {
   VRXResponse& operator=(VRXResponse&&) noexcept;
   ~VRXResponse();
 
+  /// @param code in, 0 or what went wrong.
   void SetReturnCode(unsigned long code);
   /// @return what `SetReturnCode` was given; 0 before.
   unsigned long GetReturnCode() const;
 
+  /// @param body in, the reply's body.
   void SetResponse(const std::wstring& body);
   /// @return what `SetResponse` was given; empty before.
   std::wstring GetResponse() const;
