@@ -193,50 +193,18 @@ TEST_F(Scripts, EndWithOneWhenACommandFails) {
 
 // What is refused is refused before the script's first line runs, unless only a value shows it.
 TEST_F(Scripts, OutsideTheSubsetAreRefusedWithTheirLine) {
-  for (const char* line : {"Get-Process",
-                           "foreach ($i in $x) { }",
-                           "function f { }",
-                           "$x.Length",
-                           "$x[0]",
-                           "$x += 1",
-                           "1 + 1",
-                           "'a' -like 'b'",
-                           "Copy-Item a b -Filter x",
-                           "Copy-Item a, b c",
-                           "Copy-Item a b c",
-                           "Copy-Item -Path a -Path b",
-                           "Copy-Item -Destination",
-                           "Write-Output a > b",
-                           "a.exe x",
-                           "Write-Output x | Sort-Object",
-                           "$x = & a.exe",
-                           "if (& a.exe) { }",
-                           "& a.exe 2>&1",
-                           "@('a')",
-                           "Write-Output {x}",
-                           "[void]$x",
-                           "$env:A = 'b'",
-                           "$global:x = 1",
-                           "$true = 1",
-                           "'a' 'b'",
-                           "Write-Output a`b",
-                           "\"`e\"",
-                           "\"$$\"",
-                           "Test-Path -Path:a",
-                           "if $true { }",
-                           "exit )",
-                           "}",
-                           "if ($true) { 'x'",
-                           "('a'",
-                           "'open",
-                           "\"open",
-                           "<# open",
-                           "\"$('a'\"",
-                           "1.5",
-                           "5x",
-                           "[CmdletBinding()]",
-                           "return",
-                           "Write-Output a;&"}) {
+  // clang-format off
+  const char* const refused[] = {
+      "Get-Process", "foreach ($i in $x) { }", "function f { }", "$x.Length", "$x[0]", "$x += 1",
+      "1 + 1", "'a' -like 'b'", "Copy-Item a b -Filter x", "Copy-Item a, b c", "Copy-Item a b c",
+      "Copy-Item -Path a -Path b", "Copy-Item -Destination", "Write-Output a > b", "a.exe x",
+      "Write-Output x | Sort-Object", "$x = & a.exe", "if (& a.exe) { }", "& a.exe 2>&1", "@('a')",
+      "Write-Output {x}", "[void]$x", "$env:A = 'b'", "$global:x = 1", "$true = 1", "'a' 'b'",
+      "Write-Output a`b", "\"`e\"", "\"$$\"", "Test-Path -Path:a", "if $true { }", "exit )", "}",
+      "if ($true) { 'x'", "('a'", "'open", "\"open", "<# open", "\"$('a'\"", "1.5", "5x",
+      "[CmdletBinding()]", "return", "Write-Output a;&"};
+  // clang-format on
+  for (const char* line : refused) {
     Clear();
     EXPECT_EQ(Run("'ran'\n$x = 'v'\n" + std::string(line)), ExitCode::Refused) << line;
     EXPECT_NE(system.error.find("test.ps1:3: "), std::string::npos) << line << system.error;
