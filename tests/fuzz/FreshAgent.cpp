@@ -34,7 +34,7 @@ void AgentFixture::BeginInstallation() {
   module.files.emplace_back().name = L"a.cab";
   _agent->SetCurrentInstallingSoftware(title);
   _agent->SetCurrentInstallingModule(module);
-  Host().atStep = [this] { _installers.insert(Host().installer); };
+  Host().atStep = [this](auto&) { _installers.insert(Host().installer); };
 }
 
 void AgentFixture::AnswerAlways(const std::string& type, const std::string& body) {

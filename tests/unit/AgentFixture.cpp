@@ -42,8 +42,8 @@ Reply Files(const std::string& files) {
   for (std::string word; words >> word;) {
     const std::string name = word.substr(0, word.find('='));
     const std::string url = name == word ? "u/" + name : word.substr(name.size() + 1);
-    list +=
-        (list.empty() ? "" : ",") + (R"({"name":")" + name) + R"(","downloadUrl":")" + url + "\"}";
+    if (!list.empty()) list += ',';
+    list += R"({"name":")" + name + R"(","downloadUrl":")" + url + "\"}";
   }
   return Result(R"({"code":0,"fileList":[)" + list + "]}");
 }
@@ -67,12 +67,13 @@ const std::vector<Operation> Reports{
 
 const std::vector<Operation> Requests{Queries[0], Queries[1], Queries[2], Reports[0], Reports[1]};
 
+const Reply Preinstall = Result(R"({"code":0,"hasEntitlement":true,"hasPreinstallSw":true})");
+
 AgentFixture::AgentFixture() {
   fake.Reset();
   cancel = fake.Name(CreateEventW(nullptr, TRUE, FALSE, nullptr), "cancel");
   TolmarAgent::_serverUrl.clear();
   TolmarAgent::_realm.clear();
-  TolmarAgent::m_pDownloadAgent = nullptr;
   StartQuietly();
 }
 
@@ -84,6 +85,7 @@ AgentFixture::~AgentFixture() {
 
 TolmarAgent& AgentFixture::Start() {
   Destroy();
+  TolmarAgent::m_pDownloadAgent = nullptr;  // its callbacks are the agent's before
   fake.Forget();
   _agent = new TolmarAgent;
   fake.Name(_agent->_hStopEvent, "stop");
@@ -121,6 +123,17 @@ std::string AgentFixture::Check(const std::string& titles, bool preinstallOnly) 
 std::string AgentFixture::Poll(Json::Value document) {
   const unsigned long code = Agent().GetInstallEntitledSoftwareStatus(document);
   return Outcome(code, document);
+}
+
+bool AgentFixture::Progress(std::uint64_t done, std::uint64_t total, std::wstring job) {
+  DownloadProgressDetail whole{done, total, 1, 2};
+  std::vector<DownloadProgressDetail> each;
+  return fake.onProgress(job, whole, each);
+}
+
+void AgentFixture::Complete(bool success, std::wstring job) {
+  DownloadAgent::FileMap files;
+  fake.onComplete(job, GUID{}, success, files);
 }
 
 void AgentFixture::Notify(bool vrx, unsigned topic, unsigned state) {

@@ -30,6 +30,8 @@ struct Operation {
   }
 };
 extern const std::vector<Operation> Queries, Reports, Requests;
+/// The answer to a has-entitlement request that lets the pre-install worker start.
+extern const Reply Preinstall;
 
 /// Gives every test a fresh agent and a fresh fake host.
 class AgentFixture : public ::testing::Test {
@@ -49,6 +51,9 @@ class AgentFixture : public ::testing::Test {
   std::string Check(const std::string& titles, bool preinstallOnly = false);
   /// Polls the title "T"; forgets nothing.
   std::string Poll(Json::Value document = Titles("T:"));
+  /// An event of the download service: a step of a job, or its end.
+  bool Progress(std::uint64_t done, std::uint64_t total, std::wstring job = L"ZLTKIVJob");
+  void Complete(bool success, std::wstring job = L"ZLTKIVJob");
 
   unsigned long Call(const Operation& operation) { return fake.Forget(), operation.call(Agent()); }
   void Notify(bool vrx, unsigned topic, unsigned state);

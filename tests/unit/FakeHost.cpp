@@ -44,23 +44,22 @@ void FakeHost::Reset() {
 }
 
 void FakeHost::Forget() {
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   _lines.clear();
 }
 
 bool FakeHost::Record(const std::string& line) {
-  if (muted) return true;
   const bool isLog = line.starts_with("d ") || line.starts_with("e ") || line.starts_with("g ");
-  if (atStep && !isLog) atStep();
+  if (atStep && !isLog) atStep(line);
   std::string whole = Holds(stateLock) ? "!! under the state lock: " : "";
   for (const char c : line) whole += c == '\r' ? "\\r" : c == '\n' ? "\\n" : std::string(1, c);
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   _lines.push_back(whole);
   return true;
 }
 
 std::string FakeHost::Transcript(const std::vector<std::string>& beginnings) const {
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   std::string text;
   for (const std::string& line : _lines) {
     const auto begins = [&](const std::string& beginning) { return line.starts_with(beginning); };
@@ -75,18 +74,18 @@ std::size_t FakeHost::Count(const std::string& beginning) const {
 }
 
 HANDLE FakeHost::Name(HANDLE handle, const std::string& name) {
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   _names[handle] = name;
   return handle;
 }
 
 std::string FakeHost::Text(HANDLE handle) const {
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   return _names.contains(handle) ? _names.at(handle) : handle == nullptr ? "null" : "unknown";
 }
 
 Reply FakeHost::ReplyTo(const std::string& type) {
-  const std::scoped_lock lock(_mutex);
+  const UnseenLock lock(_mutex);
   const Reply happy{R"({"result":{"code":0)" + HappyResults.at(type) + "}}"};
   return Next(next[type], always.contains(type) ? always[type] : happy);
 }

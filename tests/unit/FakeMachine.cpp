@@ -15,6 +15,12 @@ namespace {
 
 thread_local std::vector<const CriticalSection*> heldHere;
 
+/// @return false for the state lock, and as long as it is not known which one that is.
+bool IsTold(const CriticalSection* lock) {
+  const CriticalSection* stateLock = Fake().stateLock;
+  return stateLock != nullptr && stateLock != lock;
+}
+
 }  // namespace
 
 bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
@@ -102,14 +108,15 @@ CriticalSection::~CriticalSection() {
 
 void CriticalSection::EnterLock() {
   if (Fake().Holds(Fake().stateLock)) Fake().Note("!! a lock is taken");
+  if (IsTold(this)) Fake().Note("asks-for-lock");
   m_pState->mutex.lock();
   ++m_pState->depth;
   heldHere.push_back(this);
-  if (this != Fake().stateLock) Fake().Note("lock");
+  if (IsTold(this)) Fake().Note("lock");
 }
 
 void CriticalSection::ExitLock() {
-  if (this != Fake().stateLock) Fake().Note("unlock");
+  if (IsTold(this)) Fake().Note("unlock");
   heldHere.erase(std::find(heldHere.begin(), heldHere.end(), this));
   --m_pState->depth;
   m_pState->mutex.unlock();
@@ -141,13 +148,16 @@ static DWORD WINAPI RecordedWaitForAny(DWORD count, const HANDLE* all, BOOL ever
   return realWaitForAny(count, all, every, limit);
 }
 
+bool FakeHost::ReallyWait(HANDLE event) { return realWait(event, 20000) == WAIT_OBJECT_0; }
+
 FakeHost::FakeHost() {
   __imp_Sleep = [](DWORD milliseconds) { Fake().Note("sleep", int(milliseconds)); };
   __imp_WaitForSingleObject = RecordedWait;
   __imp_WaitForMultipleObjects = RecordedWaitForAny;
 }
 
-// Threads start through a name that the linker redirects here.
+// Threads start through a name that the linker redirects here, where it can (CMakeLists.txt).
+#ifndef _MSC_VER
 #define START_THREAD(prefix) \
   prefix##_ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE
 extern "C" void START_THREAD(__real_)(void* thread, void* state, void (*depend)());
@@ -157,3 +167,4 @@ extern "C" void START_THREAD(__wrap_)(void* thread, void* state, void (*depend)(
   }
   START_THREAD(__real_)(thread, state, depend);
 }
+#endif

@@ -114,7 +114,9 @@ TEST_F(InstallTest, MissingFilesAreDownloadedAndTheLastPackageAndScriptUsed) {
   for (const auto& row : rows) {
     fake.always["downloadRequest"] = Files(row.files);
     std::string polled;
-    fake.atStep = [&] { polled += HoldsInstallLock() ? Poll() : "unlocked"; };
+    fake.atStep = [&](auto& line) {
+      polled += HoldsInstallLock() || line == "asks-for-lock" ? Poll() : "unlocked";
+    };
     Install("T:M");
     const bool paused = row.lines.starts_with("wait");
     EXPECT_EQ(polled.find("0 downloaded 100;") != std::string::npos, paused);
@@ -204,7 +206,7 @@ TEST_F(InstallTest, EveryOutcomeOfAModuleIsToldInStatusPercentageAndReport) {
     fake.installerEnds = row.ends;
     fake.checks = {row.check};
     std::string steps, last;
-    fake.atStep = [&] {
+    fake.atStep = [&](auto&) {
       const std::string now = Poll();
       if (std::exchange(last, now) != now) steps += now.substr(now.find(' ') + 1);
     };

@@ -1,11 +1,8 @@
-#include <memory>
 #include <thread>
 
 #include "tests/unit/AgentFixture.h"
 
 using LifecycleTest = AgentFixture;
-
-const Reply Preinstall = Result(R"({"code":0,"hasEntitlement":true,"hasPreinstallSw":true})");
 
 TEST_F(LifecycleTest, StartUpAsksAndThenSubscribes) {
   fake.logOpens = false;
@@ -68,7 +65,7 @@ TEST_F(LifecycleTest, CleanUpUnsubscribesStopsAndThenCleansTheDownloadsUp) {
   std::vector<bool> steps;
   Install("T:");
   fake.Forget();
-  fake.atStep = [&] { steps.push_back(stopped()); };
+  fake.atStep = [&](auto&) { steps.push_back(stopped()); };
   Agent().CleanUp();
   EXPECT_EQ(fake.Transcript(), "unsubscribe subscription\ndownloads-clean-up\n");
   EXPECT_EQ(steps, (std::vector{false, true}));
@@ -135,22 +132,26 @@ TEST_F(LifecycleTest, TheWorkerInstallsTheWholeListForEveryPreinstallTitleThatIs
   // A title that cannot be read keeps what the service says of it.
   const std::string own = R"({"code":0,"swList":[
       {"preinstallSw":true,"status":"Not Installed","moduleList":[5]},
-      {"preinstallSw":true,"status":"not installed yet","moduleList":[5]}]})";
+      {"preinstallSw":true,"status":"not installed yet","moduleList":[5]},
+      {"preinstallSw":true,"status":"not installer","moduleList":[5]}]})";
   const struct {
     std::string result;
     std::deque<int> checks;  // two for the states, then two for each installation of the list
     std::string lines;
     std::size_t installed;
+    std::deque<bool> threadStarts = {};
   } rows[] = {{titles, {0, 0, 1, 1}, install + already, 2},
               {titles, {0, 0, 0, 0, 0, 1}, install + install, 4},
               {titles, {1, 1}, already + already, 0},
               {R"({"code":0,"swList":[5]})", {}, "", 0},
-              {own, {}, install + already, 0},
+              {own, {}, install + already + already, 0},
+              {titles, {}, "", 0, {true, false}},
               {R"({"code":5,"swList":)" + list + "}", {}, "", 0}};
   for (const auto& row : rows) {
     StartQuietly();
     fake.always["entitlement"] = Result(row.result);
     fake.checks = row.checks;
+    fake.threadStarts = row.threadStarts;
     Notify(false, 4, 15);
     JoinWorker();
     EXPECT_EQ(fake.Transcript({worker}), worker + "Entry\n" + row.lines + worker + "Exit\n");
@@ -158,16 +159,4 @@ TEST_F(LifecycleTest, TheWorkerInstallsTheWholeListForEveryPreinstallTitleThatIs
     EXPECT_EQ(fake.Count("run"), row.checks.size());
     EXPECT_EQ(fake.Transcript({"run"}).find("true null"), std::string::npos);
   }
-}
-
-TEST_F(LifecycleTest, OnlyTheNewestWorkerIsJoined) {
-  fake.always["hasEntitlement"] = Preinstall;
-  Notify(false, 4, 15);
-  const std::unique_ptr<std::thread> earlier(Worker());
-  fake.realm = L"other";
-  Notify(false, 4, 15);
-  Agent().CleanUp();
-  EXPECT_FALSE(Worker()->joinable());
-  ASSERT_TRUE(earlier->joinable());
-  earlier->join();
 }
