@@ -30,3 +30,15 @@ cloud_stop() {
   wait "$CLOUD" 2>/dev/null || true
   CLOUD=
 }
+
+# cloud_device NAME REALM: programs that are started from here on find a fresh device of this cloud in the lab's C:\lab\NAME:
+# the host's configuration, its downloads and logs.
+cloud_device() {
+  local folder=$LAB_C/lab/$1
+  rm -rf "$folder"
+  mkdir -p "$folder"
+  jq -n --arg url "$CLOUD_URL" --arg realm "$2" --arg folder "C:\\lab\\$1" '{baseUrl: $url, tokenUrl: "\($url)/token",
+    realm: $realm, deviceId: "PC-0001", sessionToken: "session-of-the-lab", downloadFolder: "\($folder)\\download",
+    logFolder: "\($folder)\\log"}' >"$folder/host.json"
+  export TOLMAR_HOST_CONFIG="C:\\lab\\$1\\host.json"
+}
