@@ -5,8 +5,11 @@
 #include <fdi.h>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
+#include <new>
 #include <stdexcept>
+#include <string_view>
 
 #include "host/common/FileSystem.h"
 #include "host/common/Text.h"
@@ -16,9 +19,16 @@ namespace refhost {
 
 namespace {
 
+/// How much of the cabinet is read at a time. The decoder asks for some bytes and some kilobytes in
+/// turns, and under Wine each read at a place is a message to another process.
+constexpr std::uint32_t AheadBytes = 1 << 18;
+
 /// What the decoder reads from or writes to: a place in the one open cabinet, or a new file.
 struct Stream {
   const CabinetFile* cabinet = nullptr;
+  std::unique_ptr<char[]> ahead;  ///< of the cabinet, from `aheadStart` on
+  std::uint64_t aheadStart = 0;
+  std::uint32_t aheadLength = 0;
   Handle output;
   std::uint64_t position = 0;
   std::uint64_t room = 0;  ///< bytes that may still be written
@@ -27,8 +37,9 @@ struct Stream {
 
 /// The decoder opens "the file" by itself, with nothing but a name: it gets this thread's cabinet.
 thread_local const CabinetFile* t_cabinet = nullptr;
-/// Why a write has failed, which the decoder does not tell apart from a corrupt cabinet.
-thread_local std::string t_writeFault;
+/// Takes why a write has failed, which the decoder does not tell apart from a corrupt cabinet. Not
+/// the text itself: MinGW frees a thread's variables before it calls their destructors.
+thread_local std::string* t_writeFault = nullptr;
 
 Stream* AsStream(INT_PTR handle) { return reinterpret_cast<Stream*>(handle); }
 
@@ -43,15 +54,34 @@ INT_PTR DIAMONDAPI Open(char*, int, int) {
   std::unique_ptr<Stream> stream(new (std::nothrow) Stream);
   if (!stream) return -1;
   stream->cabinet = t_cabinet;
-  return AsHandle(std::move(stream));
+  stream->ahead.reset(new (std::nothrow) char[AheadBytes]);
+  return stream->ahead ? AsHandle(std::move(stream)) : -1;
+}
+
+/// @return what was read ahead from the stream's position on; empty at the end of the cabinet.
+std::string_view Ahead(Stream& stream) {
+  const bool has = stream.position >= stream.aheadStart &&
+                   stream.position < stream.aheadStart + stream.aheadLength;
+  if (!has) {
+    stream.aheadStart = stream.position;
+    stream.aheadLength = stream.cabinet->ReadAt(stream.position, stream.ahead.get(), AheadBytes);
+  }
+  const auto skipped = static_cast<std::size_t>(stream.position - stream.aheadStart);
+  return {stream.ahead.get() + skipped, stream.aheadLength - skipped};
 }
 
 UINT DIAMONDAPI Read(INT_PTR handle, void* buffer, UINT length) {
   Stream* stream = AsStream(handle);
   if (stream->cabinet == nullptr) return static_cast<UINT>(-1);
-  const std::uint32_t read = stream->cabinet->ReadAt(stream->position, buffer, length);
-  stream->position += read;
-  return read;
+  UINT done = 0;
+  while (done < length && !stream->cabinet->IsToStop()) {
+    const std::string_view ahead = Ahead(*stream).substr(0, length - done);
+    if (ahead.empty()) break;
+    std::copy(ahead.begin(), ahead.end(), static_cast<char*>(buffer) + done);
+    done += static_cast<UINT>(ahead.size());
+    stream->position += ahead.size();
+  }
+  return done;
 }
 
 UINT DIAMONDAPI Write(INT_PTR handle, void* buffer, UINT length) {
@@ -59,7 +89,7 @@ UINT DIAMONDAPI Write(INT_PTR handle, void* buffer, UINT length) {
   DWORD written = 0;
   if (length > stream->room) return static_cast<UINT>(-1);
   if (!WriteFile(stream->output.Get(), buffer, length, &written, nullptr)) {
-    t_writeFault = "cannot write " + stream->name + ", error " + std::to_string(GetLastError());
+    *t_writeFault = "cannot write " + stream->name + ", error " + std::to_string(GetLastError());
     return static_cast<UINT>(-1);
   }
   stream->room -= written;
@@ -173,12 +203,14 @@ void Run(const CabinetFile& cabinet, Pass& pass) {
       FDICreate(Allocate, Free, Open, Read, Write, Close, Seek, cpuUNKNOWN, &error), FDIDestroy);
   if (!decoder) throw std::runtime_error("the cabinet decoder cannot be started");
   t_cabinet = &cabinet;
-  t_writeFault.clear();
+  std::string writeFault;
+  t_writeFault = &writeFault;
   char name[] = "package", folder[] = "";
   const BOOL done = FDICopy(decoder.get(), name, folder, 0, OnNotice, nullptr, &pass);
   t_cabinet = nullptr;
+  t_writeFault = nullptr;
   if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
-  const std::string& fault = pass.fault.empty() ? t_writeFault : pass.fault;
+  const std::string& fault = pass.fault.empty() ? writeFault : pass.fault;
   if (!fault.empty()) throw std::runtime_error("the package cannot be unpacked: " + fault);
   if (!done) {
     throw std::runtime_error("the package is corrupt, decoder's error " +

@@ -1,6 +1,7 @@
 // The fake host's side that faces the machine: files, processes, registry, bus, locks and waits.
 
 #include <algorithm>
+#include <array>
 #include <system_error>
 #include <utility>
 
@@ -13,7 +14,14 @@
 
 namespace {
 
-thread_local std::vector<const CriticalSection*> heldHere;
+/// The locks that this thread holds. No vector: MinGW frees a thread's variables before it calls
+/// their destructors.
+thread_local std::array<const CriticalSection*, 4> heldHere{};
+
+void ReplaceHeld(const CriticalSection* from, const CriticalSection* to) {
+  if (auto* place = std::find(heldHere.begin(), heldHere.end(), from); place != heldHere.end())
+    *place = to;
+}
 
 /// @return false for the state lock, and as long as it is not known which one that is.
 bool IsTold(const CriticalSection* lock) {
@@ -102,7 +110,7 @@ CriticalSection::~CriticalSection() {
   // One outcome of an installation leaves a lock held: such a mutex must not be destroyed.
   static auto& abandoned = *new std::vector<State*>;
   if (m_pState->depth > 0) abandoned.push_back(std::exchange(m_pState, nullptr));
-  std::erase(heldHere, this);
+  std::ranges::replace(heldHere, this, nullptr);
   delete m_pState;
 }
 
@@ -111,19 +119,19 @@ void CriticalSection::EnterLock() {
   if (IsTold(this)) Fake().Note("asks-for-lock");
   m_pState->mutex.lock();
   ++m_pState->depth;
-  heldHere.push_back(this);
+  ReplaceHeld(nullptr, this);
   if (IsTold(this)) Fake().Note("lock");
 }
 
 void CriticalSection::ExitLock() {
   if (IsTold(this)) Fake().Note("unlock");
-  heldHere.erase(std::find(heldHere.begin(), heldHere.end(), this));
+  ReplaceHeld(this, nullptr);
   --m_pState->depth;
   m_pState->mutex.unlock();
 }
 
 bool FakeHost::Holds(const CriticalSection* lock) {
-  return std::find(heldHere.begin(), heldHere.end(), lock) != heldHere.end();
+  return lock != nullptr && std::ranges::find(heldHere, lock) != heldHere.end();
 }
 
 // The waits of this program go through its import table's slots (on Windows) or the shim's.
