@@ -43,14 +43,27 @@ BitsDownload::BitsDownload(DownloadOrder order, const DownloadCallbacks& callbac
 
 bool BitsDownload::Run() {
   const ComApartment apartment;
-  BitsJob::CancelAll(_order.name);
-  const HRESULT result = MakeJob();
+  const bool success = MakeFirstJob() && RunJobs();
+  _manager.Reset();
+  return success;
+}
+
+bool BitsDownload::MakeFirstJob() {
+  HRESULT result = BitsJob::Connect(_manager);
+  if (SUCCEEDED(result)) {
+    BitsJob::CancelAll(_manager, _order.name);
+    result = MakeJob();
+  }
   if (FAILED(result)) {
     const BitsFailure failure = OwnFailure(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, result);
     LogFailure(_files.FailingFile(failure), failure);
     return false;
   }
   _id = _job->Id();
+  return true;
+}
+
+bool BitsDownload::RunJobs() {
   const auto begin = Clock::now();
   ZLT::g_log.d(L"DownloadAgent: job %s begins, files: %lu", _order.name.c_str(),
                static_cast<unsigned long>(_order.files.size()));
@@ -66,7 +79,8 @@ bool BitsDownload::Run() {
 
 HRESULT BitsDownload::MakeJob() {
   HRESULT result = S_OK;
-  _job = BitsJob::Make({_order.name, _order.headers, _order.priority, _files.Unfinished()}, result);
+  _job = BitsJob::Make(_manager,
+                       {_order.name, _order.headers, _order.priority, _files.Unfinished()}, result);
   return result;
 }
 

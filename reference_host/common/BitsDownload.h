@@ -44,6 +44,8 @@ class BitsDownload {
  private:
   enum class End { Done, Failed, Stopped };
 
+  bool MakeFirstJob();
+  bool RunJobs();
   HRESULT MakeJob();
   bool Transfer();
   End Attempt(BitsFailure& failure);
@@ -63,6 +65,7 @@ class BitsDownload {
   const DownloadCallbacks& _callbacks;
   DownloadFileSet _files;
   std::optional<GUID> _id;
+  BitsJob::Manager _manager;
   std::unique_ptr<BitsJob> _job;
   std::unique_ptr<BitsProbe> _probe;
   std::uint64_t _bytesSeen = 0;

@@ -46,17 +46,6 @@ void AllowImpersonation(const ComPtr<Interface>& object) {
                     RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
 }
 
-HRESULT Connect(ComPtr<IBackgroundCopyManager>& manager) {
-  HRESULT result = E_FAIL;
-  // The first call may come while the service is still starting.
-  for (int attempt = 0; attempt < 2 && FAILED(result); ++attempt) {
-    result = CoCreateInstance(CLSID_BackgroundCopyManager, nullptr, CLSCTX_LOCAL_SERVER,
-                              IID_PPV_ARGS(manager.ReleaseAndGetAddressOf()));
-  }
-  if (SUCCEEDED(result)) AllowImpersonation(manager);
-  return result;
-}
-
 std::wstring NameOf(IBackgroundCopyJob& job) {
   ComText name;
   job.GetDisplayName(name.Out());
@@ -92,12 +81,20 @@ ComApartment::ComApartment() { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
 
 ComApartment::~ComApartment() { CoUninitialize(); }
 
-HRESULT BitsJob::CancelAll(const std::wstring& name) {
-  ComPtr<IBackgroundCopyManager> manager;
-  HRESULT result = Connect(manager);
-  if (FAILED(result)) return result;
+HRESULT BitsJob::Connect(Manager& manager) {
+  HRESULT result = E_FAIL;
+  // The first call may come while the service is still starting.
+  for (int attempt = 0; attempt < 2 && FAILED(result); ++attempt) {
+    result = CoCreateInstance(CLSID_BackgroundCopyManager, nullptr, CLSCTX_LOCAL_SERVER,
+                              IID_PPV_ARGS(manager.ReleaseAndGetAddressOf()));
+  }
+  if (SUCCEEDED(result)) AllowImpersonation(manager);
+  return result;
+}
+
+HRESULT BitsJob::CancelAll(const Manager& manager, const std::wstring& name) {
   ComPtr<IEnumBackgroundCopyJobs> jobs;
-  result = manager->EnumJobs(0, &jobs);
+  const HRESULT result = manager->EnumJobs(0, &jobs);
   if (FAILED(result)) return result;
   ComPtr<IBackgroundCopyJob> job;
   while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
@@ -106,10 +103,8 @@ HRESULT BitsJob::CancelAll(const std::wstring& name) {
   return S_OK;
 }
 
-std::unique_ptr<BitsJob> BitsJob::Make(const BitsOrder& order, HRESULT& result) {
-  ComPtr<IBackgroundCopyManager> manager;
-  result = Connect(manager);
-  if (FAILED(result)) return nullptr;
+std::unique_ptr<BitsJob> BitsJob::Make(const Manager& manager, const BitsOrder& order,
+                                       HRESULT& result) {
   GUID id{};
   ComPtr<IBackgroundCopyJob> job;
   result = manager->CreateJob(order.name.c_str(), BG_JOB_TYPE_DOWNLOAD, &id, &job);
@@ -145,7 +140,7 @@ HRESULT BitsJob::Add(const BitsOrder& order) {
   ComPtr<IBackgroundCopyFile> file;
   while (files->Next(1, file.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
     AllowImpersonation(file);
-    _files.push_back(file);
+    _files.push_back({file, LocalNameOf(*file.Get())});
   }
   return S_OK;
 }
@@ -167,11 +162,11 @@ BG_JOB_STATE BitsJob::State() const {
 
 std::vector<BitsProgress> BitsJob::Progress() const {
   std::vector<BitsProgress> all;
-  for (const auto& file : _files) {
+  for (const File& file : _files) {
     BG_FILE_PROGRESS progress{};
-    file->GetProgress(&progress);
+    file.object->GetProgress(&progress);
     BitsProgress& one = all.emplace_back();
-    one.localPath = LocalNameOf(*file.Get());
+    one.localPath = file.localPath;
     one.transferred = progress.BytesTransferred;
     if (progress.BytesTotal != BG_SIZE_UNKNOWN) one.total = progress.BytesTotal;
     one.completed = progress.Completed;
@@ -207,10 +202,11 @@ bool BitsJob::Redirect(const std::vector<BitsFile>& files) {
 }
 
 bool BitsJob::Rename(const BitsFile& file) {
-  for (const auto& one : _files) {
-    if (LocalNameOf(*one.Get()) != file.localPath) continue;
+  for (const File& one : _files) {
+    if (one.localPath != file.localPath) continue;
     ComPtr<IBackgroundCopyFile2> renamable;
-    return SUCCEEDED(one.As(&renamable)) && SUCCEEDED(renamable->SetRemoteName(file.url.c_str()));
+    return SUCCEEDED(one.object.As(&renamable)) &&
+           SUCCEEDED(renamable->SetRemoteName(file.url.c_str()));
   }
   return false;
 }

@@ -51,14 +51,22 @@ struct BitsProgress {
 /// completed is cancelled when the object goes; it may take longer to end than the object.
 class BitsJob {
  public:
+  using Manager = ComPtr<IBackgroundCopyManager>;
+
+  /// Finds BITS. One connection is to serve a whole download: under Wine BITS falls silent for good
+  /// when one is made while another thread lets go of its objects.
+  /// @param manager out, null on failure. @return S_OK or BITS's error.
+  static HRESULT Connect(Manager& manager);
+
   /// Cancels this user's jobs of a name: what a process that died has left would keep the queue
   /// busy.
   /// @return S_OK or BITS's error.
-  static HRESULT CancelAll(const std::wstring& name);
+  static HRESULT CancelAll(const Manager& manager, const std::wstring& name);
 
   /// Makes a job; `Resume` sets it going.
   /// @param result out, S_OK or BITS's error. @return null on failure; nothing is left then.
-  static std::unique_ptr<BitsJob> Make(const BitsOrder& order, HRESULT& result);
+  static std::unique_ptr<BitsJob> Make(const Manager& manager, const BitsOrder& order,
+                                       HRESULT& result);
 
   ~BitsJob();
   BitsJob(const BitsJob&) = delete;
@@ -92,8 +100,14 @@ class BitsJob {
   HRESULT Add(const BitsOrder& order);
   bool Rename(const BitsFile& file);
 
+  /// What does not change is kept: asking takes a message to another process.
+  struct File {
+    ComPtr<IBackgroundCopyFile> object;
+    std::wstring localPath;
+  };
+
   ComPtr<IBackgroundCopyJob> _job;
-  std::vector<ComPtr<IBackgroundCopyFile>> _files;
+  std::vector<File> _files;
   bool _completed = false;
 };
 

@@ -14,26 +14,28 @@ Handle OpenNull() {
                             nullptr));
 }
 
-/// Names the handles that the child inherits. Without that the child would get every inheritable
-/// handle that any thread of this process has open at the moment.
-class InheritedHandles {
+/// What is to be told of a new process beside the usual.
+class Attributes {
  public:
-  /// @param output in, null: none but `input`.
-  InheritedHandles(HANDLE input, HANDLE output)
-      : _handles{input, output}, _count(output != nullptr ? 2 : 1) {
+  /// Names the handles that the child inherits. Without that the child would get every inheritable
+  /// handle that any thread of this process has open at the moment.
+  /// @param output in, null: none but `input`. @param job in, null: none.
+  Attributes(HANDLE input, HANDLE output, HANDLE job)
+      : _inherited{input, output}, _job(job), _count(job != nullptr ? 2 : 1) {
     SIZE_T size = 0;
-    InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+    InitializeProcThreadAttributeList(nullptr, _count, 0, &size);
     _memory.resize(size);
-    _usable = InitializeProcThreadAttributeList(List(), 1, 0, &size) != 0;
-    if (!_usable) return;
-    _complete = UpdateProcThreadAttribute(List(), 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, _handles,
-                                          _count * sizeof(HANDLE), nullptr, nullptr) != 0;
+    _usable = InitializeProcThreadAttributeList(List(), _count, 0, &size) != 0;
+    const std::size_t inherited = output != nullptr ? 2 : 1;
+    _complete = _usable &&
+                Set(PROC_THREAD_ATTRIBUTE_HANDLE_LIST, _inherited, inherited * sizeof(HANDLE)) &&
+                (job == nullptr || Set(PROC_THREAD_ATTRIBUTE_JOB_LIST, &_job, sizeof _job));
   }
-  ~InheritedHandles() {
+  ~Attributes() {
     if (_usable) DeleteProcThreadAttributeList(List());
   }
-  InheritedHandles(const InheritedHandles&) = delete;
-  InheritedHandles& operator=(const InheritedHandles&) = delete;
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
 
   bool IsComplete() const { return _complete; }
   LPPROC_THREAD_ATTRIBUTE_LIST List() {
@@ -41,15 +43,19 @@ class InheritedHandles {
   }
 
  private:
-  HANDLE _handles[2];
-  std::size_t _count;
+  bool Set(DWORD_PTR attribute, HANDLE* handles, std::size_t size) {
+    return UpdateProcThreadAttribute(List(), 0, attribute, handles, size, nullptr, nullptr) != 0;
+  }
+
+  HANDLE _inherited[2];
+  HANDLE _job;
+  DWORD _count;
   std::vector<std::byte> _memory;
   bool _usable = false;
   bool _complete = false;
 };
 
-STARTUPINFOEXW StartupInformation(const ProcessOrder& order, HANDLE null,
-                                  InheritedHandles& inherited) {
+STARTUPINFOEXW StartupInformation(const ProcessOrder& order, HANDLE null, Attributes& attributes) {
   STARTUPINFOEXW startup{};
   startup.StartupInfo.cb = sizeof startup;
   startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
@@ -57,13 +63,12 @@ STARTUPINFOEXW StartupInformation(const ProcessOrder& order, HANDLE null,
   startup.StartupInfo.hStdInput = null;
   startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
       order.output != nullptr ? order.output : null;
-  startup.lpAttributeList = inherited.List();
+  startup.lpAttributeList = attributes.List();
   return startup;
 }
 
 BOOL Create(const ProcessOrder& order, STARTUPINFOEXW& startup, PROCESS_INFORMATION& process) {
   const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
-                      (order.suspended ? CREATE_SUSPENDED : 0) |
                       (order.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
   std::wstring line = order.commandLine;  // Windows writes into it
   const wchar_t* folder = order.workingDirectory.empty() ? nullptr : order.workingDirectory.c_str();
@@ -81,9 +86,9 @@ BOOL Create(const ProcessOrder& order, STARTUPINFOEXW& startup, PROCESS_INFORMAT
 
 StartedProcess StartProcess(const ProcessOrder& order) {
   const Handle null = OpenNull();
-  InheritedHandles inherited(null.Get(), order.output);
-  if (!null || !inherited.IsComplete()) return {};
-  STARTUPINFOEXW startup = StartupInformation(order, null.Get(), inherited);
+  Attributes attributes(null.Get(), order.output, order.job);
+  if (!null || !attributes.IsComplete()) return {};
+  STARTUPINFOEXW startup = StartupInformation(order, null.Get(), attributes);
   PROCESS_INFORMATION process{};
   if (!Create(order, startup, process)) return {};
   return {Handle(process.hProcess), Handle(process.hThread)};

@@ -21,7 +21,7 @@ struct ProcessOrder {
   std::wstring commandLine;
   std::wstring workingDirectory;
   bool hidden = true;       ///< without a visible window
-  bool suspended = false;   ///< its first thread waits for ResumeThread
+  HANDLE job = nullptr;     ///< that it is in from its first instruction on; null: in none
   HANDLE token = nullptr;   ///< whose rights and session; null: this process's own
   HANDLE output = nullptr;  ///< inheritable, for standard output and error; null: they lead nowhere
 };

@@ -19,23 +19,10 @@ bool SetLimits(HANDLE job, DWORD flags) {
 
 }  // namespace
 
-ProcessTree::ProcessTree(ProcessOrder order) {
-  order.suspended = true;
-  _started = StartProcess(order);
-  if (!_started) {
-    _error = GetLastError();
-  } else if (!Enclose()) {
-    _error = GetLastError();
-    TerminateProcess(Process(), EndedCode);
-    _started = StartedProcess();
-  }
-}
-
-bool ProcessTree::Enclose() {
-  _job = Handle(CreateJobObjectW(nullptr, nullptr));
-  return _job && SetLimits(_job.Get(), Enclosed) &&
-         AssignProcessToJobObject(_job.Get(), Process()) &&
-         ResumeThread(_started.thread.Get()) != static_cast<DWORD>(-1);
+ProcessTree::ProcessTree(ProcessOrder order) : _job(CreateJobObjectW(nullptr, nullptr)) {
+  order.job = _job.Get();
+  if (_job && SetLimits(_job.Get(), Enclosed)) _started = StartProcess(order);
+  if (!_started) _error = GetLastError();
 }
 
 void ProcessTree::End() {

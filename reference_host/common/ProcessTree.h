@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "reference_host/common/ProcessStart.h"
 
 namespace refhost {
@@ -8,7 +10,8 @@ namespace refhost {
 /// should that die, unless it is released.
 class ProcessTree {
  public:
-  /// Starts the program.
+  /// Starts the program. It is in its job from the first: a host that dies while it starts one
+  /// leaves no program behind that waits for ever to be let go.
   explicit ProcessTree(ProcessOrder order);
 
   bool IsRunning() const { return static_cast<bool>(_started); }
@@ -21,13 +24,13 @@ class ProcessTree {
   /// Ends the program and every process that it started; blocks until the program is gone.
   void End();
 
-  /// Lets the processes that the program has left behind run on.
+  /// Lets the program and what it has started run on.
   void Release();
 
- private:
-  /// The program waits meanwhile, so that it starts nothing outside the job.
-  bool Enclose();
+  /// @return the program's handle, which is the caller's from now on.
+  Handle TakeProcess() { return std::move(_started.process); }
 
+ private:
   Handle _job;
   StartedProcess _started;
   unsigned long _error = 0;

@@ -65,7 +65,7 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
   refhost::OutputPipe pipe;
   const auto begin = Clock::now();
   refhost::ProcessTree tree(
-      {commandLine, workingDirectory, hidden, false, nullptr, pipe.WriteEnd()});
+      {commandLine, workingDirectory, hidden, nullptr, nullptr, pipe.WriteEnd()});
   if (!tree.IsRunning()) {
     LogNotStarted(tree.Error(), commandLine);
     return false;
@@ -116,13 +116,20 @@ void WatchAside(std::shared_ptr<const Watched> watched) {
 }
 
 /// In the signed-in user's session where that can be done, else in this process's own.
-refhost::StartedProcess StartForUser(refhost::ProcessOrder order) {
+refhost::Handle StartForUser(refhost::ProcessOrder order) {
   const refhost::Handle token = refhost::TokenForUserSession();
-  order.token = token.Get();
-  refhost::StartedProcess started = refhost::StartProcess(order);
-  if (started || order.token == nullptr) return started;
-  order.token = nullptr;
-  return refhost::StartProcess(order);
+  if (token) {
+    order.token = token.Get();
+    refhost::StartedProcess started = refhost::StartProcess(order);
+    if (started) return std::move(started.process);
+    order.token = nullptr;
+  }
+  // Enclosed only while it is being started: a host that dies just then leaves no program behind
+  // that nobody ever lets go. A job has programs of its own session only, hence not above.
+  refhost::ProcessTree tree(order);
+  tree.Release();
+  if (!tree.IsRunning()) SetLastError(tree.Error());
+  return tree.TakeProcess();
 }
 
 refhost::Handle Duplicate(HANDLE process) {
@@ -134,23 +141,23 @@ refhost::Handle Duplicate(HANDLE process) {
 
 }  // namespace
 
-// Not in a job: the caller learns nothing of the installer but its end, and an installer that its
-// host's end cuts off half-way is worse than one that runs on.
+// Its host's end leaves an installer alone: the caller learns nothing of it but its end, and one
+// that is cut off half-way is worse than one that runs on.
 int ProcessWrap::CreateProcessInUserSession(const std::wstring& commandLine,
                                             const std::wstring& workingDirectory,
                                             HANDLE& processHandle, bool hidden) {
   processHandle = nullptr;
   const auto begin = Clock::now();
   refhost::OutputFile output(refhost::LogFolder());
-  refhost::StartedProcess started =
-      StartForUser({commandLine, workingDirectory, hidden, false, nullptr, output.WriteEnd()});
+  refhost::Handle started =
+      StartForUser({commandLine, workingDirectory, hidden, nullptr, nullptr, output.WriteEnd()});
   if (!started) {
     LogNotStarted(GetLastError(), commandLine);
     return 0;
   }
   WatchAside(std::make_shared<Watched>(
-      Watched{commandLine, Duplicate(started.process.Get()), std::move(output), begin}));
-  processHandle = started.process.Release();
+      Watched{commandLine, Duplicate(started.Get()), std::move(output), begin}));
+  processHandle = started.Release();
   return 1;
 }
 
