@@ -2,9 +2,12 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdarg>
 #include <mutex>
+#include <new>
+#include <utility>
 
 #include "host/common/FileSystem.h"
 #include "host/common/Utility.h"
@@ -14,6 +17,7 @@
 #include "reference_host/common/LogFile.h"
 #include "reference_host/common/LogRecord.h"
 #include "reference_host/common/Redaction.h"
+#include "reference_host/common/SlimLock.h"
 #include "reference_host/common/WideFormat.h"
 
 namespace {
@@ -38,17 +42,55 @@ void OpenIfSuiteLog(const ZLT::Log& log) {
 
 namespace ZLT {
 
+/// Threads that log at the same time share the way to the file, whose lock costs more than a
+/// record's writing: one of them writes what all have queued, the others wait for that.
 struct Log::State {
-  std::mutex mutex;
+  refhost::SlimLock mutex;
+  CONDITION_VARIABLE writerChanged = CONDITION_VARIABLE_INIT;
   refhost::LogFile file;
-  int level = 0;
+  std::atomic<int> level = 0;
+  std::string queue;
+  std::uint64_t queued = 0, written = 0;  ///< records so far
+  bool isWriting = false;                 ///< a thread is at the file, without the lock
 
   /// `mark`: what the record shows, `at`: from which level of the log on it is written.
   void Write(char mark, int at, const wchar_t* format, va_list arguments) {
+    if (level < at) return;
+    const std::wstring message = refhost::WithoutSecrets(refhost::FormatWide(format, arguments));
+    std::unique_lock lock(mutex);
+    queue += refhost::ComposeLogRecord(HeadOfNow(mark), message);
+    const std::uint64_t own = ++queued;
+    while (written < own) {
+      if (isWriting) {
+        mutex.Wait(writerChanged);
+      } else {
+        WriteQueue(lock);
+      }
+    }
+  }
+
+  void WriteQueue(std::unique_lock<refhost::SlimLock>& lock) {
+    const std::string records = std::exchange(queue, {});
+    const std::uint64_t last = queued;
+    isWriting = true;
+    lock.unlock();
+    try {
+      file.Append(records);
+    } catch (const std::bad_alloc&) {
+      // What cannot be written is lost.
+    }
+    lock.lock();
+    isWriting = false;
+    written = last;
+    WakeAllConditionVariable(&writerChanged);
+  }
+
+  bool Open(const std::wstring& path, int newLevel) {
     const std::scoped_lock lock(mutex);
-    if (level < at || !file.IsOpen()) return;
-    const std::wstring message = refhost::FormatWide(format, arguments);
-    file.Append(refhost::ComposeLogRecord(HeadOfNow(mark), refhost::WithoutSecrets(message)));
+    while (isWriting) mutex.Wait(writerChanged);
+    if (!file.Open(path, refhost::Settings().logMaxBytes)) return false;
+    level = newLevel;
+    return true;
   }
 };
 
@@ -80,10 +122,7 @@ bool Log::Open(const wchar_t* fileName, int level) {
   if (name.empty() || name != FileSystem::getFileName(name)) return false;
   // Not through the log's own host, which would log what is wrong with it.
   if (!refhost::CreateFolder(folder, true).empty()) return false;
-  const std::scoped_lock lock(m_pState->mutex);
-  if (!m_pState->file.Open(folder + L"\\" + name, refhost::Settings().logMaxBytes)) return false;
-  m_pState->level = level;
-  return true;
+  return m_pState->Open(folder + L"\\" + name, level);
 }
 
 }  // namespace ZLT

@@ -60,7 +60,8 @@ void AppendWide(std::wstring& text, char32_t code) {
 bool IsHighSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xDBFF; }
 bool IsLowSurrogate(char32_t code) { return code >= 0xDC00 && code <= 0xDFFF; }
 
-/// @return the wide character as a number without a sign, whatever sign wchar_t has.
+/// @return the character as a number without a sign, whatever sign its type has.
+char32_t Unit(char c) { return static_cast<unsigned char>(c); }
 char32_t Unit(wchar_t c) {
   if constexpr (sizeof(wchar_t) == 2) return static_cast<std::uint16_t>(c);
   return static_cast<char32_t>(c);
@@ -98,22 +99,43 @@ wchar_t Fold(wchar_t c) {
   return between(0x400, 0x40F) ? static_cast<wchar_t>(unit + 0x50) : c;
 }
 
+/// Converts a text, block by block: `appendOne` takes one code point, while blocks of nothing but
+/// ASCII, which most texts consist of, are copied by loops that work on many characters at a time.
+template <class Result, class Text, class AppendOne>
+Result Converted(const Text& text, const AppendOne& appendOne) {
+  constexpr std::size_t Block = 64;
+  Result result;
+  result.reserve(text.size());
+  for (std::size_t next = 0; next < text.size();) {
+    const std::size_t end = std::min(next + Block, text.size());
+    typename Text::value_type all = 0;
+    for (std::size_t i = next; i < end; ++i) all = static_cast<decltype(all)>(all | text[i]);
+    if (Unit(all) < 0x80) {
+      const std::size_t start = result.size();
+      result.resize(start + end - next);
+      std::copy(text.data() + next, text.data() + end, result.data() + start);
+      next = end;
+    } else {
+      while (next < end) appendOne(result, next);
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 namespace ZLT {
 
 std::wstring String::UTF8ToUTF16(const std::string& text) {
-  std::wstring wide;
-  wide.reserve(text.size());
-  for (std::size_t next = 0; next < text.size();) AppendWide(wide, Decode(text, next));
-  return wide;
+  return Converted<std::wstring>(text, [&text](std::wstring& wide, std::size_t& next) {
+    AppendWide(wide, Decode(text, next));
+  });
 }
 
 std::string String::UTF16ToUTF8(const std::wstring& text) {
-  std::string bytes;
-  bytes.reserve(text.size());
-  for (std::size_t next = 0; next < text.size();) AppendBytes(bytes, DecodeWide(text, next));
-  return bytes;
+  return Converted<std::string>(text, [&text](std::string& bytes, std::size_t& next) {
+    AppendBytes(bytes, DecodeWide(text, next));
+  });
 }
 
 bool String::CaseInsesitiveFind(const std::wstring& haystack, const std::wstring& needle) {

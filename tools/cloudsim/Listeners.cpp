@@ -1,5 +1,7 @@
 #include "tools/cloudsim/Listeners.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -19,13 +21,24 @@ constexpr int WriteSeconds = 60;
 constexpr int BindAttempts = 8;
 constexpr auto StopPatience = std::chrono::milliseconds(250);
 
+/// A client that sends the head and the body of a request in two pieces may hold the second back
+/// until the first is acknowledged (Wine's WinHTTP does), and the system likes to put that off by
+/// 40 ms: each piece is acknowledged as it comes.
+void AcknowledgeAtOnce(int isWrite, int, int type, const void*, std::size_t, SSL* ssl, void*) {
+  if (isWrite != 0 || type != SSL3_RT_HEADER) return;
+  const int yes = 1;
+  setsockopt(SSL_get_fd(ssl), IPPROTO_TCP, TCP_QUICKACK, &yes, sizeof yes);
+}
+
+std::unique_ptr<httplib::Server> MakeTlsServer(const TlsFiles& tls) {
+  auto server = std::make_unique<httplib::SSLServer>(tls.certificate.c_str(), tls.key.c_str());
+  if (server->is_valid()) SSL_CTX_set_msg_callback(server->ssl_context(), &AcknowledgeAtOnce);
+  return server;
+}
+
 std::unique_ptr<httplib::Server> MakeServer(const TlsFiles& tls) {
-  std::unique_ptr<httplib::Server> server;
-  if (tls.certificate.empty()) {
-    server = std::make_unique<httplib::Server>();
-  } else {
-    server = std::make_unique<httplib::SSLServer>(tls.certificate.c_str(), tls.key.c_str());
-  }
+  std::unique_ptr<httplib::Server> server =
+      tls.certificate.empty() ? std::make_unique<httplib::Server>() : MakeTlsServer(tls);
   if (!server->is_valid()) {
     throw std::runtime_error("cannot use certificate " + tls.certificate + " with key " + tls.key);
   }

@@ -39,7 +39,7 @@ TEST(Log, FormatsWideTextAndNumbersAsWindowsDoes) {
 }
 
 TEST(Log, LosesNoTextToABufferButNamesWhatItCuts) {
-  for (const std::size_t length : {0, 1, 2047, 2048, 70000, 1000000}) {
+  for (const std::size_t length : {0U, 1U, 2047U, 2048U, 70000U, 1000000U}) {
     const std::wstring name = L"long" + std::to_wstring(length) + L".log";
     ZLT::Log log;
     ASSERT_TRUE(ZLT::utility::InitLog(log, name.c_str(), 4));
