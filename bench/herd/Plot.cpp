@@ -1,8 +1,9 @@
 #include "bench/herd/Plot.h"
 
 #include <algorithm>
-#include <fstream>
 #include <sstream>
+
+#include "bench/plot/Canvas.h"
 
 namespace herd {
 namespace {
@@ -25,24 +26,21 @@ int Minutes(const Scenario& scenario) {
 /// One picture: the panels share both axes, so that they compare at a glance.
 class Plot {
  public:
-  explicit Plot(const Scenario& scenario)
-      : _scenario(scenario), _ceiling(Grids * scenario.capacity), _minutes(Minutes(scenario)) {}
-
-  std::string Draw(const std::vector<Result>& results) {
-    const int bottom = Top + PanelStep * static_cast<int>(results.size()) - PanelStep + PanelHeight;
-    _svg << R"(<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 )" << Width << ' '
-         << bottom + 52 << R"(" font-family="sans-serif" font-size="12" fill="#333">)"
-         << "\n";
-    Box(0, 0, Width, bottom + 52, "#fff");
+  Plot(const Scenario& scenario, const std::vector<Result>& results)
+      : _scenario(scenario),
+        _ceiling(Grids * scenario.capacity),
+        _minutes(Minutes(scenario)),
+        _bottom(Top + PanelStep * static_cast<int>(results.size()) - PanelStep + PanelHeight),
+        _canvas(Width, _bottom + 52) {
     Legend();
     for (const Result& result : results) Panel(result);
-    TimeAxis(bottom);
-    const int middle = (Top + bottom) / 2;
-    Text(18, middle, "middle", "requests per second",
-         "transform=\"rotate(-90 18 " + std::to_string(middle) + ")\"");
-    _svg << "</svg>\n";
-    return _svg.str();
+    TimeAxis(_bottom);
+    const int middle = (Top + _bottom) / 2;
+    _canvas.Text(18, middle, "middle", "requests per second",
+                 "transform=\"rotate(-90 18 " + std::to_string(middle) + ")\"");
   }
+
+  bool Write(const std::string& path) { return _canvas.Write(path); }
 
  private:
   double X(double minutes) const { return Left + (Right - Left) * minutes / _minutes; }
@@ -50,53 +48,39 @@ class Plot {
     return _top + PanelHeight * (1 - std::min(requests / _ceiling, 1.0));
   }
 
-  void Text(double x, double y, const char* anchor, const std::string& text,
-            const std::string& more = "") {
-    _svg << "<text x=\"" << x << "\" y=\"" << y << "\" text-anchor=\"" << anchor << "\" " << more
-         << '>' << text << "</text>\n";
-  }
-
-  void Box(double x, double y, double width, double height, const char* colour) {
-    _svg << "<rect x=\"" << x << "\" y=\"" << y << "\" width=\"" << width << "\" height=\""
-         << height << "\" fill=\"" << colour << "\"/>\n";
-  }
-
-  void Level(double x1, double x2, double y, const char* style) {
-    _svg << "<path d=\"M" << x1 << ' ' << y << 'H' << x2 << "\" " << style << "/>\n";
-  }
-
   void Legend() {
-    Text(Left, 26, "start",
-         Grouped(_scenario.devices) + " devices meet an outage of " +
-             Grouped(_scenario.outageSeconds) + " s; the service answers " +
-             Grouped(_scenario.capacity) + " requests per second",
-         R"(font-size="15" font-weight="bold")");
+    _canvas.Text(Left, 26, "start",
+                 Grouped(_scenario.devices) + " devices meet an outage of " +
+                     Grouped(_scenario.outageSeconds) + " s; the service answers " +
+                     Grouped(_scenario.capacity) + " requests per second",
+                 R"(font-size="15" font-weight="bold")");
     double x = Left;
     for (const auto& [colour, text] :
          {std::pair(Outage, "outage"), {Refused, "answered 503"}, {Served, "served"}}) {
-      Box(x, 40, 18, 12, colour);
-      Text(x + 24, 50, "start", text);
+      _canvas.Box(x, 40, 18, 12, colour);
+      _canvas.Text(x + 24, 50, "start", text);
       x += 120;
     }
-    Level(x, x + 18, 46, Dashes);
-    Text(x + 24, 50, "start", "capacity");
-    Text(Right, 50, "end", "requests above " + Grouped(_ceiling) + " are cut off");
+    _canvas.Level(x, x + 18, 46, Dashes);
+    _canvas.Text(x + 24, 50, "start", "capacity");
+    _canvas.Text(Right, 50, "end", "requests above " + Grouped(_ceiling) + " are cut off");
   }
 
   void Panel(const Result& result) {
     const Outcome& outcome = result.outcome;
-    Box(Left, _top, X(_scenario.outageSeconds / 60.0) - Left, PanelHeight, Outage);
+    _canvas.Box(Left, _top, X(_scenario.outageSeconds / 60.0) - Left, PanelHeight, Outage);
     for (int level = 0; level <= _ceiling; level += _scenario.capacity) {
-      Level(Left, Right, Y(level), R"(stroke="#ddd")");
-      Text(Left - 8, Y(level) + 4, "end", Grouped(level), R"(font-size="10")");
+      _canvas.Level(Left, Right, Y(level), R"(stroke="#ddd")");
+      _canvas.Text(Left - 8, Y(level) + 4, "end", Grouped(level), R"(font-size="10")");
     }
     Area(outcome.requests, Refused);
     Area(outcome.served, Served);
-    Level(Left, Right, Y(_scenario.capacity), Dashes);
-    Text(Left, _top - 7, "start", result.policy->name, R"(font-weight="bold")");
-    Text(Right, _top - 7, "end",
-         "repeated requests: peak " + Grouped(outcome.peak) + "/s; served within the retries: " +
-             Percent(_scenario, outcome.servedByRetries) + " %");
+    _canvas.Level(Left, Right, Y(_scenario.capacity), Dashes);
+    _canvas.Text(Left, _top - 7, "start", result.policy->name, R"(font-weight="bold")");
+    _canvas.Text(
+        Right, _top - 7, "end",
+        "repeated requests: peak " + Grouped(outcome.peak) +
+            "/s; served within the retries: " + Percent(_scenario, outcome.servedByRetries) + " %");
     _top += PanelStep;
   }
 
@@ -110,28 +94,31 @@ class Plot {
   }
 
   void Area(const std::vector<std::uint32_t>& counts, const char* colour) {
-    _svg << "<path fill=\"" << colour << "\" d=\"M" << X(0) << ' ' << Y(0);
+    std::ostringstream path;
+    path << 'M' << X(0) << ' ' << Y(0);
     for (int second = 0; second < _minutes * 60; second += BinSeconds) {
-      _svg << 'V' << Y(Bin(counts, static_cast<std::size_t>(second))) << 'H'
+      path << 'V' << Y(Bin(counts, static_cast<std::size_t>(second))) << 'H'
            << X((second + BinSeconds) / 60.0);
     }
-    _svg << 'V' << Y(0) << "Z\"/>\n";
+    path << 'V' << Y(0) << 'Z';
+    _canvas.Area(path.str(), colour);
   }
 
   void TimeAxis(double y) {
-    Level(Left, Right, y, R"(stroke="#333")");
+    _canvas.Level(Left, Right, y, R"(stroke="#333")");
     const int step = (_minutes / 60 + 1) * 5;
     for (int minute = 0; minute <= _minutes; minute += step) {
-      Text(X(minute), y + 18, "middle", std::to_string(minute));
+      _canvas.Text(X(minute), y + 18, "middle", std::to_string(minute));
     }
-    Text((Left + Right) / 2.0, y + 38, "middle", "minutes since the outage began");
+    _canvas.Text((Left + Right) / 2.0, y + 38, "middle", "minutes since the outage began");
   }
 
   const Scenario& _scenario;
   const int _ceiling;
   const int _minutes;
-  int _top = Top;  ///< of the panel that is drawn next
-  std::ostringstream _svg;
+  int _top = Top;     ///< of the panel that is drawn next
+  const int _bottom;  ///< of the last panel
+  Canvas _canvas;
 };
 
 }  // namespace
@@ -149,10 +136,7 @@ std::string Percent(const Scenario& scenario, std::int64_t devices) {
 
 bool WritePlot(const std::string& path, const Scenario& scenario,
                const std::vector<Result>& results) {
-  std::ofstream file(path, std::ios::binary);
-  file << Plot(scenario).Draw(results);
-  file.close();
-  return file.good();
+  return Plot(scenario, results).Write(path);
 }
 
 }  // namespace herd

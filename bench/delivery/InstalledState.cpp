@@ -1,0 +1,88 @@
+#include <json/value.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "agent/TolmarAgent.h"
+#include "bench/delivery/Parts.h"
+#include "bench/delivery/Samples.h"
+#include "bench/delivery/Titles.h"
+#include "host/common/FileSystem.h"
+#include "host/common/ProcessWrap.h"
+#include "host/common/Text.h"
+#include "host/common/Utility.h"
+#include "install/ScriptCommand.h"
+
+namespace {
+
+constexpr DWORD WatchMs = 50;
+
+/// Looks now and then how many threads this process has.
+class ThreadWatch {
+ public:
+  ThreadWatch()
+      : _thread([this] {
+          while (!_ended) {
+            _most = std::max(_most, ThreadCount());
+            Sleep(WatchMs);
+          }
+        }) {}
+
+  /// @return the most that was seen, without the watching one.
+  int End() {
+    _ended = true;
+    _thread.join();
+    return _most - 1;
+  }
+
+ private:
+  std::atomic<bool> _ended = false;
+  int _most = 0;
+  std::thread _thread;
+};
+
+void RunCheck(const std::wstring& folder, int number) {
+  const std::wstring script =
+      folder + L"\\" + ZLT::String::UTF8ToUTF16(Catalogue::Title('S', number)) + L".ps1";
+  ZLT::ProcessWrap::LaunchApplicationAndCheckExitCode(ScriptCommand::Check(script), folder, true,
+                                                      nullptr);
+}
+
+double RunChecksAtOnce(int count) {
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  return MillisecondsOf([&] {
+    std::vector<std::thread> threads;
+    for (int number = 1; number <= count; ++number) {
+      threads.emplace_back([&folder, number] { RunCheck(folder, number); });
+    }
+    for (std::thread& thread : threads) thread.join();
+  });
+}
+
+double AskAgent(const Order& order, HANDLE cancel) {
+  Json::Value document = Catalogue::Titles('S', 1, order.titles, 1);
+  if (order.fresh) {
+    FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
+  }
+  const double time = MillisecondsOf(
+      [&] { TolmarAgent::GetInstance()->GetEntitledSoftwareStatus(document, cancel, false); });
+  RequireInstalled(document);
+  return time;
+}
+
+}  // namespace
+
+void MeasureInstalledState(const Order& order) {
+  const HANDLE cancel = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  TolmarAgent::GetInstance();
+  AskAgent(order, cancel);  // leaves the scripts in their place
+  ThreadWatch watch;
+  Compare(
+      order.rounds, [&] { return AskAgent(order, cancel); },
+      [&] { return RunChecksAtOnce(order.titles); });
+  PrintSample("threads", watch.End());
+}
