@@ -1,5 +1,6 @@
 #include <json/value.h>
 
+#include <exception>
 #include <string>
 
 #include "agent/AgentLog.h"

@@ -3,10 +3,10 @@
 # of (into build/deps).
 source scripts/common.sh
 
-PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake curl dpkg-dev g++
+PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev make
-  ninja-build openssl osslsigncode wine wine64 xz-utils zlib1g-dev)
+  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev llvm make
+  ninja-build openssl osslsigncode shellcheck wine wine64 xz-utils zlib1g-dev)
 PACKAGES+=("$@")
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
@@ -25,7 +25,7 @@ install_packages() {
   list=$(missing_packages)
   [ -n "$list" ] || return 0
   if [ "$(id -u)" -ne 0 ]; then
-    command -v sudo >/dev/null || die "these Debian packages are missing and need root to install:" $list
+    command -v sudo >/dev/null || die "these Debian packages are missing and need root to install: ${list//$'\n'/ }"
     as_root=(sudo)
   fi
   step "Debian's package lists" "$LOGS/apt-update.log" "${as_root[@]}" apt-get update

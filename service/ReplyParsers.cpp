@@ -1,5 +1,7 @@
 #include <json/value.h>
 
+#include <exception>
+
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"

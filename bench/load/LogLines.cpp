@@ -18,6 +18,7 @@ namespace {
 double MicrosecondsALine(int threads, int lines, const std::function<void()>& writeLine) {
   const auto begin = std::chrono::steady_clock::now();
   std::vector<std::thread> all;
+  all.reserve(static_cast<std::size_t>(threads));
   for (int i = 0; i < threads; ++i) {
     all.emplace_back([&] {
       for (int line = 0; line < lines; ++line) writeLine();

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -95,9 +96,9 @@ BytesView AttributeValue(const Bytes& parameter, const char* identifier) {
 /// @return true when `bytes` end in `prefix` and then `digest`.
 bool EndsIn(BytesView bytes, BytesView prefix, const Sha256& digest) {
   if (bytes.size() < prefix.size() + digest.size()) return false;
-  const auto tail = bytes.last(prefix.size() + digest.size());
-  return std::equal(prefix.begin(), prefix.end(), tail.begin()) &&
-         std::equal(digest.begin(), digest.end(), tail.begin() + prefix.size());
+  const BytesView end = bytes.last(digest.size());
+  const BytesView before = bytes.first(bytes.size() - digest.size()).last(prefix.size());
+  return std::ranges::equal(before, prefix) && std::ranges::equal(end, digest);
 }
 
 /// @return what is inside of an encoded sequence that is `bytes` as a whole.

@@ -84,7 +84,7 @@ const Configuration* GetConfiguration() {
 }
 
 const Configuration& Settings() {
-  static const Configuration defaults;
+  static const Configuration defaults{};
   const Configuration* configuration = GetConfiguration();
   return configuration != nullptr ? *configuration : defaults;
 }

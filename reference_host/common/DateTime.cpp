@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <ctime>
+#include <cwchar>
 
 std::int64_t DateTimeUtility::GetCurrentDatetime() { return std::time(nullptr); }
 

@@ -1,5 +1,6 @@
 #include "host/common/DownloadAgent.h"
 
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>

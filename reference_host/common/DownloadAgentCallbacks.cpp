@@ -1,5 +1,7 @@
 #include "reference_host/common/DownloadAgentCallbacks.h"
 
+#include <exception>
+
 #include "host/common/Log.h"
 #include "host/common/Text.h"
 

@@ -41,7 +41,7 @@ std::optional<BitsFailure> PlaceOne(const DownloadFile& file) {
   const std::wstring part = file.PartPath();
   const std::optional<std::uint64_t> size = SizeOnDisk(part);
   if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
-  if (const std::optional<BitsFailure> failure = CheckLength(file, *size)) {
+  if (std::optional<BitsFailure> failure = CheckLength(file, *size)) {
     DeleteFileW(part.c_str());
     return failure;
   }

@@ -33,7 +33,7 @@ void DeleteContents(const std::wstring& folder) {
 bool Delete(const std::wstring& path, bool recursive) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (IsThere(attributes) && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
-    SetFileAttributesW(path.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
+    SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
   }
   if (recursive && IsPlainFolder(attributes)) DeleteContents(path);
   const BOOL deleted =

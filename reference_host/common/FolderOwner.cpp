@@ -42,7 +42,7 @@ std::wstring RefusalOfOwner(HANDLE folder) {
   const DWORD error = GetSecurityInfo(folder, SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner,
                                       nullptr, nullptr, nullptr, &holder);
   if (error != ERROR_SUCCESS || owner == nullptr) return L"its owner is not to be found out";
-  const std::wstring refusal =
+  std::wstring refusal =
       IsTrusted(owner) ? std::wstring() : L"it belongs to somebody else, " + NameOf(owner);
   LocalFree(holder);
   return refusal;

@@ -1,6 +1,7 @@
 #include "reference_host/common/HttpExchange.h"
 
 #include <array>
+#include <cwchar>
 
 namespace refhost {
 

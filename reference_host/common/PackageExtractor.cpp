@@ -40,11 +40,10 @@ void CheckMembers(const CabinetFile& cabinet) {
 
 /// @return the package's path without its extension, and without what must not end a folder's name.
 std::wstring FolderStem(const std::wstring& cabPath) {
-  const std::size_t nameStart = cabPath.size() - FileSystem::getFileName(cabPath).size();
-  std::wstring stem = cabPath.substr(nameStart);
-  stem = stem.substr(0, stem.rfind(L'.'));
+  const std::wstring name = FileSystem::getFileName(cabPath);
+  std::wstring stem = name.substr(0, name.rfind(L'.'));
   stem.erase(stem.find_last_not_of(L". ") + 1);
-  return cabPath.substr(0, nameStart) + (stem.empty() ? L"package" : stem);
+  return cabPath.substr(0, cabPath.size() - name.size()) + (stem.empty() ? L"package" : stem);
 }
 
 /// Never takes over a folder that is there: somebody else may have put things into it.
@@ -72,7 +71,7 @@ std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
     return {};
   }
   CheckMembers(cabinet);
-  const std::wstring folder = CreateFolderBeside(cabPath);
+  std::wstring folder = CreateFolderBeside(cabPath);
   try {
     UnpackMembers(cabinet, folder);
   } catch (...) {

@@ -26,7 +26,7 @@ e2e_flip() {
   local middle=$(($(stat -c %s "$1") / 2)) byte
   cp "$1" "$2"
   byte=$(od -An -tu1 -j "$middle" -N 1 "$2")
-  printf "\\x$(printf %02x $((byte ^ 1)))" | dd of="$2" bs=1 seek="$middle" conv=notrunc status=none
+  printf '%b' "\\x$(printf %02x $((byte ^ 1)))" | dd of="$2" bs=1 seek="$middle" conv=notrunc status=none
 }
 
 e2e_fixtures() {

@@ -29,4 +29,10 @@ TEST(Catalogue, CopiesAreDeepAndMovedFromPackagesAreEmpty) {
   const SoftwarePackage moved = std::move(package);
   EXPECT_TRUE(package.l1FruPn.empty() && package.modules.empty() && package.progress == 7);
   EXPECT_EQ(moved.modules.size(), 1U);
+  ModuleFile &file = copy.modules.front().files.front(), same, taken;
+  file.size = 4;
+  same = file;
+  taken = std::move(file);
+  EXPECT_TRUE(same.name == L"b.cab" && taken.name == L"b.cab" && taken.size == 4);
+  EXPECT_TRUE(file.name.empty());
 }

@@ -1,6 +1,7 @@
 #include "tools/scriptrunner/Run.h"
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 
 #include "tools/scriptrunner/Errors.h"

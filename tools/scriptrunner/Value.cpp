@@ -1,6 +1,7 @@
 #include "tools/scriptrunner/Value.h"
 
 #include <charconv>
+#include <system_error>
 
 namespace scriptrunner {
 

@@ -44,7 +44,7 @@ Outcome RunWithAgent(const Options& options) {
   std::once_flag cleaned;
   const auto cleanUp = [&] { std::call_once(cleaned, [&] { agent.CleanUp(); }); };
   const CancelWatch cancel(options.timeoutSeconds, cleanUp);
-  const Outcome outcome = RunCommand(agent, options, cancel.Event());
+  Outcome outcome = RunCommand(agent, options, cancel.Event());
   cleanUp();
   return outcome;
 }

@@ -54,7 +54,7 @@ void ProgressDisplay::Show(const std::string& title, const std::string& status,
   if (line == _shown || status.empty()) return;
   if (_onTerminal) {
     if (!_shownTitle.empty() && title != _shownTitle) std::fputs("\n", stdout);
-    ShowBar(title, status, std::atoi(progress.c_str()));
+    ShowBar(title, status, static_cast<int>(std::strtol(progress.c_str(), nullptr, 10)));
   } else {
     std::printf("%s\n", line.c_str());
   }

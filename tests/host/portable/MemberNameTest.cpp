@@ -1,5 +1,7 @@
 #include "reference_host/common/MemberName.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 
 using refhost::MemberNames;

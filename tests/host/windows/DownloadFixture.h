@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <stdexcept>
 
 #include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"

@@ -6,7 +6,9 @@
 
 namespace {
 
-constexpr std::int32_t Http(int status) { return static_cast<std::int32_t>(0x80190000 + status); }
+constexpr std::int32_t Http(unsigned int status) {
+  return static_cast<std::int32_t>(0x80190000 + status);
+}
 constexpr auto Truncated = static_cast<std::int32_t>(0x80070026);
 constexpr auto TooLarge = static_cast<std::int32_t>(0x800700DF);
 constexpr auto FullDisk = static_cast<std::int32_t>(0x80070070);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 
 #include "host/common/PackageExtractor.h"
 #include "tests/host/windows/TestMachine.h"

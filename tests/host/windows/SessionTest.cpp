@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
+#include <cwchar>
 #include <set>
 #include <thread>
 
