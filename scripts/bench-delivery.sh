@@ -15,14 +15,6 @@ FILES=(2 5 10 20 40)
 
 PARTS=(install exchange status download extract footprint)
 
-finish() {
-  local status=$?
-  trap - EXIT
-  cloud_stop
-  lab_down
-  exit "$status"
-}
-
 # A package of a little more than 1 MB for each module, whose installation leaves a mark that its check looks for.
 make_module() {
   local files=$OFFER/module.files mark="C:\\lab\\bench\\mark-$1"
@@ -76,12 +68,7 @@ make_catalogue() {
 
 start_cloud() {
   cloud_start "$OFFER" bench
-  rm -rf "$PLACE"
-  mkdir -p "$PLACE"
-  jq -n --arg url "$CLOUD_URL" '{baseUrl: $url, tokenUrl: "\($url)/token", realm: "bench", deviceId: "PC-0001",
-    sessionToken: "session-of-the-lab", downloadFolder: "C:\\lab\\bench\\download",
-    logFolder: "C:\\lab\\bench\\log"}' >"$PLACE/host.json"
-  export TOLMAR_HOST_CONFIG='C:\lab\bench\host.json'
+  cloud_device bench bench
 }
 
 # sample PROGRAM ARGUMENT…: the program's samples are added to $SAMPLES. Now and then Wine's BITS service falls silent for
@@ -248,8 +235,7 @@ measure_footprint() {
   row "TolmarAgent.dll, stripped" KiB - "$SAMPLES" size none
 }
 
-trap finish EXIT
-trap 'exit 130' INT TERM
+end_all_at_exit :
 bash scripts/deps.sh
 bash scripts/build.sh delivery cloudsim
 lab_up

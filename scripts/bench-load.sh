@@ -11,14 +11,6 @@ THREADS=64
 OFFER=$BUILD/bench-load
 SAMPLES=$BUILD/bench/load.samples
 
-finish() {
-  local status=$?
-  trap - EXIT
-  cloud_stop
-  lab_down
-  exit "$status"
-}
-
 # Every query is refused, as by a service that is down.
 make_catalogue() {
   jq -n '{sessionToken: "session-of-the-lab", titles: [], faults: [
@@ -63,8 +55,7 @@ stop_rows() {
   stop_row "stop of $THREADS waiting threads, $1, worst" 1 - "$3"
 }
 
-trap finish EXIT
-trap 'exit 130' INT TERM
+end_all_at_exit :
 bash scripts/deps.sh
 bash scripts/build.sh load cloudsim load-native
 lab_up

@@ -23,14 +23,6 @@ deletion|quick|[]|deletion of a download folder in use|the pause before the seco
 TEXT
 }
 
-finish() {
-  local status=$?
-  trap - EXIT
-  cloud_stop
-  lab_down
-  exit "$status"
-}
-
 # A script that tells that it runs, beside itself, and takes a minute.
 long_script() {
   printf "Set-Content -Path (Join-Path \$PSScriptRoot 'running') -Value 'yes'\nStart-Sleep -Seconds 60\nexit 0\n"
@@ -101,8 +93,7 @@ measure_phase() {
     "$(median 2 <"$STOP/$1-worker")" "$(median 1 <"$STOP/$1-cleanup")" "$5"
 }
 
-trap finish EXIT
-trap 'exit 130' INT TERM
+end_all_at_exit :
 bash scripts/deps.sh
 bash scripts/build.sh stop cloudsim
 lab_up

@@ -31,6 +31,22 @@ cloud_stop() {
   CLOUD=
 }
 
+# end_all_at_exit COMMAND: however the script ends, the simulator and the PC end with it; a failure runs COMMAND before
+# (":" does nothing).
+end_all_at_exit() {
+  # shellcheck disable=SC2064 # the command is known now
+  trap "end_all $1" EXIT
+  trap 'exit 130' INT TERM
+}
+end_all() {
+  local status=$?
+  trap - EXIT
+  [ "$status" -eq 0 ] || "$1"
+  cloud_stop
+  lab_down
+  exit "$status"
+}
+
 # cloud_device NAME REALM: programs that are started from here on find a fresh device of this cloud in the lab's C:\lab\NAME:
 # the host's configuration, its downloads and logs.
 cloud_device() {

@@ -9,15 +9,6 @@ source scripts/demo-show.sh
 TOLMAR_DATA=$LAB_C/ProgramData/Tolmar
 STEP=start
 
-finish() {
-  local status=$?
-  trap - EXIT
-  [ "$status" -eq 0 ] || show_failure
-  cloud_stop
-  lab_down
-  exit "$status"
-}
-
 prepare() {
   bash scripts/deps.sh
   bash scripts/build.sh product cloudsim
@@ -83,8 +74,7 @@ begin() {
   echo "== $1"
 }
 
-trap finish EXIT
-trap 'exit 130' INT TERM
+end_all_at_exit show_failure
 
 begin "Preparing: dependencies, build, the lab's Windows, keys, packages"
 prepare

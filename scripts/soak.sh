@@ -18,14 +18,6 @@ while [ $# -gt 0 ]; do
   shift
 done
 
-finish() {
-  local status=$?
-  trap - EXIT
-  cloud_stop
-  lab_down
-  exit "$status"
-}
-
 # install_script PART MODULE PAUSE: notes that it begins, and leaves half an installation for a while.
 install_script() {
   local folder="C:\\lab\\soak\\$1" target="C:\\lab\\soak\\$1\\target\\$2"
@@ -100,8 +92,7 @@ run() {
   return "$status"
 }
 
-trap finish EXIT
-trap 'exit 130' INT TERM
+end_all_at_exit :
 bash scripts/deps.sh
 bash scripts/build.sh soak cloudsim
 lab_up
