@@ -26,9 +26,10 @@ TEST(Catalogue, CopiesAreDeepAndMovedFromPackagesAreEmpty) {
   SoftwarePackage copy = package;
   copy.modules.front().files.front().name = L"b.cab";
   EXPECT_EQ(package.modules.front().files.front().name, L"a.cab");
-  const SoftwarePackage moved = std::move(package);
+  SoftwarePackage moved = std::move(package), again;
   EXPECT_TRUE(package.l1FruPn.empty() && package.modules.empty() && package.progress == 7);
-  EXPECT_EQ(moved.modules.size(), 1U);
+  again = std::move(moved);
+  EXPECT_EQ(again.modules.size(), 1U);
   ModuleFile &file = copy.modules.front().files.front(), same, taken;
   file.size = 4;
   same = file;
