@@ -62,10 +62,8 @@ trial() {
   local name=$((++TRIAL)) registered=false
   [ "$2" = worker ] && registered=true
   mkdir -p "$LAB_STOP/$name"
-  jq -n --arg url "$CLOUD_URL" --arg folder "C:\\lab\\stop\\$name" \
-    --argjson registered "$registered" '{baseUrl: $url, tokenUrl: "\($url)/token", realm: "bench",
-    deviceId: "PC-0001", sessionToken: "session-of-the-lab", registered: $registered,
-    downloadFolder: "\($folder)\\download", logFolder: "\($folder)\\log"}' >"$LAB_STOP/$name/host.json"
+  cloud_configuration bench "C:\\lab\\stop\\$name" | jq --argjson registered "$registered" '.registered = $registered' \
+    >"$LAB_STOP/$name/host.json"
   lab_wine 180 "$LAB_BIN/stop_bench.exe" "$1" "$2" "C:\\lab\\stop\\$name" --limit "$LIMIT" | tr -d '\r'
 }
 

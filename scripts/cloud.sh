@@ -47,14 +47,19 @@ end_all() {
   exit "$status"
 }
 
+# cloud_configuration REALM FOLDER: the host's configuration for a device of this cloud, its downloads and logs in FOLDER.
+cloud_configuration() {
+  jq -n --arg url "$CLOUD_URL" --arg realm "$1" --arg folder "$2" '{baseUrl: $url, tokenUrl: "\($url)/token",
+    realm: $realm, deviceId: "PC-0001", sessionToken: "session-of-the-lab", downloadFolder: "\($folder)\\download",
+    logFolder: "\($folder)\\log"}'
+}
+
 # cloud_device NAME REALM: programs that are started from here on find a fresh device of this cloud in the lab's C:\lab\NAME:
 # the host's configuration, its downloads and logs.
 cloud_device() {
   local folder=$LAB_C/lab/$1
   rm -rf "$folder"
   mkdir -p "$folder"
-  jq -n --arg url "$CLOUD_URL" --arg realm "$2" --arg folder "C:\\lab\\$1" '{baseUrl: $url, tokenUrl: "\($url)/token",
-    realm: $realm, deviceId: "PC-0001", sessionToken: "session-of-the-lab", downloadFolder: "\($folder)\\download",
-    logFolder: "\($folder)\\log"}' >"$folder/host.json"
+  cloud_configuration "$2" "C:\\lab\\$1" >"$folder/host.json"
   export TOLMAR_HOST_CONFIG="C:\\lab\\$1\\host.json"
 }

@@ -76,17 +76,11 @@ make_titles() {
   catalogue steady '[]'
 }
 
-configure() {
-  jq -n --arg url "$CLOUD_URL" --arg folder "C:\\lab\\soak\\$1" '{baseUrl: $url, tokenUrl: "\($url)/token",
-    realm: "soak", deviceId: "PC-0001", sessionToken: "session-of-the-lab", downloadFolder: "\($folder)\\download",
-    logFolder: "\($folder)\\log"}' >"$LAB_SOAK/$1/host.json"
-}
-
 # run PART SECONDS OPTION…: one part, against its own catalogue.
 run() {
   local status=0
   cloud_start "$SOAK/$1" soak
-  configure "$1"
+  cloud_configuration soak "C:\\lab\\soak\\$1" >"$LAB_SOAK/$1/host.json"
   lab_wine "$2" "$LAB_BIN/soak.exe" "$1" "C:\\lab\\soak\\$1" "${@:3}" | sed -u 's|\r$||' || status=$?
   cloud_stop
   return "$status"

@@ -31,14 +31,14 @@ std::uintmax_t SizeOf(const fs::path& file) {
 HostProcess::HostProcess(const std::wstring& folder, bool again)
     : _logPath(folder + L"\\log\\TolmarAgent.log"),
       _logRead(SizeOf(_logPath)),
-      _started(refhost::StartProcess(
+      _process(refhost::StartProcess(
           {CommandLine(folder, again), folder, true, nullptr, nullptr, nullptr})) {
-  if (!_started) throw std::runtime_error("the host does not start");
+  if (!_process) throw std::runtime_error("the host does not start");
 }
 
 bool HostProcess::KillAt(Moment moment, DWORD limitMs) {
   const ULONGLONG limit = GetTickCount64() + limitMs;
-  const HANDLE process = _started.process.Get();
+  const HANDLE process = _process.Get();
   while (RecordsIn(Log()) < moment.record && GetTickCount64() < limit) {
     if (WaitForSingleObject(process, PollMs) == WAIT_OBJECT_0) return false;
   }
@@ -50,16 +50,16 @@ bool HostProcess::KillAt(Moment moment, DWORD limitMs) {
 }
 
 bool HostProcess::RunToEnd(DWORD limitMs, DWORD& exitCode) {
-  if (WaitForSingleObject(_started.process.Get(), limitMs) == WAIT_OBJECT_0) {
-    return GetExitCodeProcess(_started.process.Get(), &exitCode) != 0;
+  if (WaitForSingleObject(_process.Get(), limitMs) == WAIT_OBJECT_0) {
+    return GetExitCodeProcess(_process.Get(), &exitCode) != 0;
   }
   Kill();
   return false;
 }
 
 void HostProcess::Kill() {
-  TerminateProcess(_started.process.Get(), KilledCode);
-  WaitForSingleObject(_started.process.Get(), INFINITE);
+  TerminateProcess(_process.Get(), KilledCode);
+  WaitForSingleObject(_process.Get(), INFINITE);
 }
 
 const std::string& HostProcess::Log() {

@@ -37,5 +37,5 @@ class HostProcess {
   const std::wstring _logPath;
   std::uintmax_t _logRead = 0;
   std::string _log;
-  refhost::StartedProcess _started;
+  refhost::Handle _process;
 };

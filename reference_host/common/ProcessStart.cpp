@@ -84,14 +84,15 @@ BOOL Create(const ProcessOrder& order, STARTUPINFOEXW& startup, PROCESS_INFORMAT
 
 }  // namespace
 
-StartedProcess StartProcess(const ProcessOrder& order) {
+Handle StartProcess(const ProcessOrder& order) {
   const Handle null = OpenNull();
   Attributes attributes(null.Get(), order.output, order.job);
   if (!null || !attributes.IsComplete()) return {};
   STARTUPINFOEXW startup = StartupInformation(order, null.Get(), attributes);
   PROCESS_INFORMATION process{};
   if (!Create(order, startup, process)) return {};
-  return {Handle(process.hProcess), Handle(process.hThread)};
+  CloseHandle(process.hThread);
+  return Handle(process.hProcess);
 }
 
 }  // namespace refhost

@@ -8,14 +8,6 @@
 
 namespace refhost {
 
-/// A program that has been started; `thread` is its first thread.
-struct StartedProcess {
-  Handle process;
-  Handle thread;
-
-  explicit operator bool() const { return static_cast<bool>(process); }
-};
-
 /// What to start, and how.
 struct ProcessOrder {
   std::wstring commandLine;
@@ -29,6 +21,6 @@ struct ProcessOrder {
 /// Starts a program. Its standard input is at its end, so that none can wait for input that never
 /// comes; it inherits no handle of this process but those of its streams.
 /// @return the process, nothing (and the last error) when it does not start.
-StartedProcess StartProcess(const ProcessOrder& order);
+Handle StartProcess(const ProcessOrder& order);
 
 }  // namespace refhost

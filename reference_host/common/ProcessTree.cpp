@@ -21,8 +21,8 @@ bool SetLimits(HANDLE job, DWORD flags) {
 
 ProcessTree::ProcessTree(ProcessOrder order) : _job(CreateJobObjectW(nullptr, nullptr)) {
   order.job = _job.Get();
-  if (_job && SetLimits(_job.Get(), Enclosed)) _started = StartProcess(order);
-  if (!_started) _error = GetLastError();
+  if (_job && SetLimits(_job.Get(), Enclosed)) _process = StartProcess(order);
+  if (!_process) _error = GetLastError();
 }
 
 void ProcessTree::End() {

@@ -14,12 +14,12 @@ class ProcessTree {
   /// leaves no program behind that waits for ever to be let go.
   explicit ProcessTree(ProcessOrder order);
 
-  bool IsRunning() const { return static_cast<bool>(_started); }
+  bool IsRunning() const { return static_cast<bool>(_process); }
 
   /// @return the system's error number when the program did not start.
   unsigned long Error() const { return _error; }
 
-  HANDLE Process() const { return _started.process.Get(); }
+  HANDLE Process() const { return _process.Get(); }
 
   /// Ends the program and every process that it started; blocks until the program is gone.
   void End();
@@ -28,11 +28,11 @@ class ProcessTree {
   void Release();
 
   /// @return the program's handle, which is the caller's from now on.
-  Handle TakeProcess() { return std::move(_started.process); }
+  Handle TakeProcess() { return std::move(_process); }
 
  private:
   Handle _job;
-  StartedProcess _started;
+  Handle _process;
   unsigned long _error = 0;
 };
 

@@ -120,8 +120,7 @@ refhost::Handle StartForUser(refhost::ProcessOrder order) {
   const refhost::Handle token = refhost::TokenForUserSession();
   if (token) {
     order.token = token.Get();
-    refhost::StartedProcess started = refhost::StartProcess(order);
-    if (started) return std::move(started.process);
+    if (refhost::Handle started = refhost::StartProcess(order)) return started;
     order.token = nullptr;
   }
   // Enclosed only while it is being started: a host that dies just then leaves no program behind
