@@ -27,7 +27,7 @@ fresh_device() {
 # rounds COMMAND…: an agent ends with its stop, so each round is a process.
 rounds() {
   local round
-  for ((round = 0; round < ROUNDS; round++)); do "$@" || die "$*: see $LAB_C/lab/load/log"; done | tr -d '\r'
+  for ((round = 0; round < ROUNDS; round++)); do "$@" || die "$*: status $?, see $LAB_C/lab/load/log"; done | tr -d '\r'
 }
 
 stop_round() {

@@ -2,14 +2,18 @@
 
 #include <stdexcept>
 
-WaitingThreads::WaitingThreads(int count, const std::function<void(int)>& work)
-    : _ends(static_cast<std::size_t>(count)) {
-  for (int i = 0; i < count; ++i) {
-    _threads.emplace_back([this, work, i] {
-      work(i);
-      _ends[static_cast<std::size_t>(i)] = Clock::now();
-    });
-  }
+WaitingThreads::WaitingThreads(int count) {
+  const auto room = static_cast<std::size_t>(count);
+  _ends.reserve(room);
+  _threads.reserve(room);
+}
+
+void WaitingThreads::Start(const std::function<void()>& work) {
+  Clock::time_point& end = _ends.emplace_back();
+  _threads.emplace_back([work, &end] {
+    work();
+    end = Clock::now();
+  });
 }
 
 WaitingThreads::~WaitingThreads() {

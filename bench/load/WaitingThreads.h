@@ -8,12 +8,16 @@
 /// Threads that are all at work until they are told to stop.
 class WaitingThreads {
  public:
-  /// @param work in, what each runs; it is given the thread's number, from 0.
-  WaitingThreads(int count, const std::function<void(int)>& work);
+  /// @param count in, how many there are going to be.
+  explicit WaitingThreads(int count);
   /// Threads that were not stopped cannot be waited for: the process has to end then.
   ~WaitingThreads();
   WaitingThreads(const WaitingThreads&) = delete;
   WaitingThreads& operator=(const WaitingThreads&) = delete;
+
+  /// Starts one more.
+  /// @param work in, what it runs.
+  void Start(const std::function<void()>& work);
 
   /// Stops them and waits for their end.
   /// @param stop in, what makes `work` come to an end.

@@ -18,12 +18,16 @@
 #include "reference_host/common/LogRecord.h"
 #include "reference_host/common/Redaction.h"
 #include "reference_host/common/SlimLock.h"
+#include "reference_host/common/WaiterQueue.h"
 #include "reference_host/common/WideFormat.h"
 
 namespace {
 
 constexpr int ErrorLevel = 1;
 constexpr int DebugLevel = 4;
+/// So often a thread writes what the others have queued meanwhile, which is quicker than waking one
+/// of them for it; then it goes on with its own work.
+constexpr int MaxBatches = 16;
 
 refhost::LogRecordHead HeadOfNow(char level) {
   using namespace std::chrono;
@@ -46,51 +50,66 @@ namespace ZLT {
 /// record's writing: one of them writes what all have queued, the others wait for that.
 struct Log::State {
   refhost::SlimLock mutex;
-  CONDITION_VARIABLE writerChanged = CONDITION_VARIABLE_INIT;
-  refhost::LogFile file;
+  refhost::LogFile file;  ///< the writer's
   std::atomic<int> level = 0;
   std::string queue;
-  std::uint64_t queued = 0, written = 0;  ///< records so far
-  bool isWriting = false;                 ///< a thread is at the file, without the lock
+  refhost::WaiterQueue waiting;  ///< whose records are in the queue
+  bool isWriting = false;        ///< some thread is the writer
 
   /// `mark`: what the record shows, `at`: from which level of the log on it is written.
-  void Write(char mark, int at, const wchar_t* format, va_list arguments) {
+  void Write(char mark, int at, const wchar_t* format, va_list arguments) try {
     if (level < at) return;
     const std::wstring message = refhost::WithoutSecrets(refhost::FormatWide(format, arguments));
     std::unique_lock lock(mutex);
     queue += refhost::ComposeLogRecord(HeadOfNow(mark), message);
-    const std::uint64_t own = ++queued;
-    while (written < own) {
-      if (isWriting) {
-        mutex.Wait(writerChanged);
-      } else {
-        WriteQueue(lock);
-      }
-    }
+    if (BecomeWriter(lock)) WriteQueue(lock);
+  } catch (const std::bad_alloc&) {
+    // What there is no memory for is lost.
   }
 
+  /// @return true: the calling thread is the writer, until `WriteQueue`, and has the lock; false:
+  /// all that was queued before has been written, and it has not.
+  bool BecomeWriter(std::unique_lock<refhost::SlimLock>& lock) {
+    if (!isWriting) return isWriting = true;
+    refhost::Waiter self;
+    waiting.Add(self);
+    lock.unlock();
+    if (self.Wait() == refhost::Waiter::Word::Done) return false;
+    lock.lock();
+    return true;
+  }
+
+  /// Ends the calling thread's turn, and its hold of the lock.
   void WriteQueue(std::unique_lock<refhost::SlimLock>& lock) {
+    for (int batch = 0; batch < MaxBatches && !queue.empty(); ++batch) WriteBatch(lock);
+    refhost::Waiter* const next = waiting.Take();
+    isWriting = next != nullptr;
+    lock.unlock();
+    if (next != nullptr) next->Tell(refhost::Waiter::Word::Turn);
+  }
+
+  void WriteBatch(std::unique_lock<refhost::SlimLock>& lock) {
     const std::string records = std::exchange(queue, {});
-    const std::uint64_t last = queued;
-    isWriting = true;
+    refhost::WaiterQueue served = std::exchange(waiting, {});
     lock.unlock();
     try {
       file.Append(records);
     } catch (const std::bad_alloc&) {
-      // What cannot be written is lost.
+      // Lost as well; the others still want to be told.
+    }
+    while (refhost::Waiter* thread = served.Take()) {
+      thread->Tell(refhost::Waiter::Word::Done);
     }
     lock.lock();
-    isWriting = false;
-    written = last;
-    WakeAllConditionVariable(&writerChanged);
   }
 
   bool Open(const std::wstring& path, int newLevel) {
-    const std::scoped_lock lock(mutex);
-    while (isWriting) mutex.Wait(writerChanged);
-    if (!file.Open(path, refhost::Settings().logMaxBytes)) return false;
-    level = newLevel;
-    return true;
+    std::unique_lock lock(mutex);
+    while (!BecomeWriter(lock)) lock.lock();
+    const bool opened = file.Open(path, refhost::Settings().logMaxBytes);
+    if (opened) level = newLevel;
+    WriteQueue(lock);
+    return opened;
   }
 };
 

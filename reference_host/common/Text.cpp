@@ -105,7 +105,8 @@ template <class Result, class Text, class AppendOne>
 Result Converted(const Text& text, const AppendOne& appendOne) {
   constexpr std::size_t Block = 64;
   Result result;
-  result.reserve(text.size());
+  // Room for some characters that take more than one place, too: growing copies all of the text.
+  result.reserve(text.size() + text.size() / 16);
   for (std::size_t next = 0; next < text.size();) {
     const std::size_t end = std::min(next + Block, text.size());
     typename Text::value_type all = 0;

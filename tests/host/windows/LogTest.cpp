@@ -78,6 +78,38 @@ TEST(Log, TheSuitesOwnLogOpensItself) {
   EXPECT_NE(ReadLog(L"ZLT.log").find("opened by its first line\n"), std::string::npos);
 }
 
+TEST(Log, ARecordIsInTheFileWhenItsCallReturnsHoweverManyThreadsWrite) {
+  ZLT::Log log;
+  ASSERT_TRUE(ZLT::utility::InitLog(log, L"crowd.log", 4));
+  const auto record = [](int thread, int number) {
+    return "thread " + std::to_string(thread) + " record " + std::to_string(number) + "\n";
+  };
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 16; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < 50; ++i) {
+        log.d(L"thread %d record %d", thread, i);
+        if (i % 10 == 0) {
+          EXPECT_NE(ReadLog(L"crowd.log").find(record(thread, i)), std::string::npos);
+        }
+        if (i == 25) {
+          EXPECT_TRUE(ZLT::utility::InitLog(log, L"crowd.log", 4));
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  const std::string text = ReadLog(L"crowd.log");
+  EXPECT_EQ(LinesOf(text).size(), 16U * 50U);
+  for (int thread = 0; thread < 16; ++thread) {
+    std::size_t at = 0;
+    for (int i = 0; i < 50; ++i) {
+      at = text.find(record(thread, i), at);
+      ASSERT_NE(at, std::string::npos) << thread << " " << i;
+    }
+  }
+}
+
 TEST(Log, SeveralProcessesAndThreadsLoseNoRecordAcrossRotation) {
   // 2 processes and 2 threads, 300 records each of about 75 bytes: more than the 64 KiB that one
   // file may have, less than the two that are kept.
