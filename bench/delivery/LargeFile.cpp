@@ -53,7 +53,9 @@ void FetchByEngine(const Place& place) {
   HRESULT result = BitsJob::Connect(manager);
   Require(SUCCEEDED(result));
   const auto job = BitsJob::Make(
-      manager, {L"Engine", L"", BG_JOB_PRIORITY_HIGH, {{place.url, place.path}}}, result);
+      manager,
+      {L"Engine", StraightLine::Headers(), BG_JOB_PRIORITY_HIGH, {{place.url, place.path}}},
+      result);
   Require(job && job->Resume());
   for (BG_JOB_STATE state{}; state != BG_JOB_STATE_TRANSFERRED; state = job->State()) {
     Require(state != BG_JOB_STATE_ERROR && state != BG_JOB_STATE_CANCELLED);

@@ -15,7 +15,8 @@ void Describe(CLI::App& app, Part& chosen, Order& order) {
   const auto add = [&](const char* name, Part part, const char* text) {
     CLI::App* command = app.add_subcommand(name, text);
     command->callback([&chosen, part] { chosen = part; });
-    command->add_option("--rounds", order.rounds)->capture_default_str();
+    command->add_option("--rounds", order.rounds.count)->capture_default_str();
+    command->add_option("--from", order.rounds.first, "number of the first round");
     return command;
   };
   CLI::App* install =

@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "bench/delivery/Samples.h"
+
 /// The parts of the benchmark. Each prints samples (see Samples.h), blocks, and throws
 /// std::runtime_error when something does not work, for then there is nothing to measure.
 struct Order {
-  int rounds = 5;
+  Rounds rounds;
   int titles = 20;
   int modules = 2;  ///< of each title
   int files = 0;    ///< above 0: one title with one module of so many files instead
@@ -32,6 +34,6 @@ void MeasureInstalledState(const Order& order);
 /// against the engine alone.
 void MeasureLargeFile(const Order& order);
 
-/// Checks and unpacks a package once, in milliseconds, CPU seconds and the MiB that it took at
-/// most.
+/// Checks and unpacks a package twice, in milliseconds ("first", "agent"); CPU seconds of the
+/// second time, and the MiB that the first took at most.
 void MeasureExtraction(const Order& order);

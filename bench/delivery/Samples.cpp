@@ -58,8 +58,8 @@ int ThreadCount() {
   return count;
 }
 
-void Compare(int rounds, const Side& agent, const Side& floor) {
-  for (int round = 0; round < rounds; ++round) {
+void Compare(const Rounds& rounds, const Side& agent, const Side& floor) {
+  for (int round = rounds.first; round < rounds.first + rounds.count; ++round) {
     if (round % 2 == 0) PrintSample("agent", agent());
     if (floor) PrintSample("floor", floor());
     if (round % 2 != 0) PrintSample("agent", agent());

@@ -26,7 +26,12 @@ int ThreadCount();
 /// One side of a comparison: runs once and tells how many milliseconds count.
 using Side = std::function<double()>;
 
-/// Runs both sides `rounds` times in turns, each first in every other round. Prints samples "agent"
-/// and "floor".
+struct Rounds {
+  int count = 5;
+  int first = 0;  ///< number of the first one; others may have run in other processes
+};
+
+/// Runs both sides `rounds.count` times in turns: the agent is first in even rounds, the floor in
+/// odd ones. Prints samples "agent" and "floor".
 /// @param floor in, may be empty.
-void Compare(int rounds, const Side& agent, const Side& floor);
+void Compare(const Rounds& rounds, const Side& agent, const Side& floor);
