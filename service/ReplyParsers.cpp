@@ -1,6 +1,7 @@
 #include <json/value.h>
 
 #include <exception>
+#include <utility>
 
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
@@ -20,7 +21,7 @@ bool ParseReply(const VRXResponse& response, unsigned long& retCode, const Read&
     if (!ParseJson(response.GetResponse(), root)) {
       retCode = ResultCode::BadDocument;
     } else {
-      retCode = read(Member(root, "result"));
+      retCode = read(Taken(root, "result"));
     }
   } catch (const std::exception&) {
     retCode = ResultCode::BadDocument;
@@ -51,18 +52,18 @@ bool TolmarAgent::ParseHasEntitlementResponseForRetry(unsigned char& hasEntitlem
 
 bool TolmarAgent::ParseEntitledSoftwareResponseForRetry(Json::Value& result, unsigned long& retCode,
                                                         VRXResponse response) {
-  return ParseReply(response, retCode, [&](const Json::Value& answer) {
+  return ParseReply(response, retCode, [&](Json::Value answer) {
     // As an integer, unlike the other two: a missing code counts as success here.
     const bool success = Member(answer, "code").asInt() == 0;
-    result = answer;
+    result = std::move(answer);
     return success ? ResultCode::Success : ResultCode::EntitlementRefused;
   });
 }
 
 bool TolmarAgent::ParseDownloadFilesResponseForRetry(Json::Value& result, unsigned long& retCode,
                                                      VRXResponse response) {
-  return ParseReply(response, retCode, [&](const Json::Value& answer) {
-    result = answer;
+  return ParseReply(response, retCode, [&](Json::Value answer) {
+    result = std::move(answer);
     return HasSuccessCode(result) ? ResultCode::Success : ResultCode::DownloadRefused;
   });
 }
