@@ -41,6 +41,10 @@ class TOLMAR_API TolmarAgent {
   /// the pre-install worker.
   static TolmarAgent* GetInstance();
 
+  /// Called by the library when it is unloaded, not by a host. A pre-install worker that no
+  /// `CleanUp` has joined ends the process here.
+  ~TolmarAgent();
+
   TolmarAgent(const TolmarAgent&) = delete;
   TolmarAgent& operator=(const TolmarAgent&) = delete;
 
@@ -163,7 +167,6 @@ class TOLMAR_API TolmarAgent {
   using FileMap = std::map<std::wstring, std::wstring>;
 
   TolmarAgent();
-  ~TolmarAgent();
 
   // agent/: lifecycle, endpoint, pre-install
   void OpenServices();
@@ -187,7 +190,8 @@ class TOLMAR_API TolmarAgent {
   // service/: framing, requests, retries, parsers
   std::wstring GetJwtFromServer();
   static std::wstring HeaderBlock(const std::wstring& token);
-  VRXResponse SendRequest(const RequestKind& kind, const std::wstring& body);
+  VRXResponse SendRequest(const RequestKind& kind,
+                          const std::function<std::wstring()>& composeBody);
   unsigned long Exchange(const RequestKind& kind, const std::wstring& body, VRXResponse& response);
   VRXResponse RequestHasEntitlement();
   VRXResponse RequestEntitlement();

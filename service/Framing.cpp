@@ -25,10 +25,11 @@ bool IsAnswered(bool posted, const ZLT::HttpRequest& request) {
 
 }  // namespace
 
-VRXResponse TolmarAgent::SendRequest(const RequestKind& kind, const std::wstring& body) {
+VRXResponse TolmarAgent::SendRequest(const RequestKind& kind,
+                                     const std::function<std::wstring()>& composeBody) {
   VRXResponse response;
   try {
-    response.SetReturnCode(Exchange(kind, body, response));
+    response.SetReturnCode(Exchange(kind, composeBody(), response));
   } catch (...) {
     response = VRXResponse();
     response.SetReturnCode(ResultCode::RequestException);

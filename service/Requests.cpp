@@ -6,23 +6,27 @@
 VRXResponse TolmarAgent::RequestHasEntitlement() {
   static constexpr RequestKind kind{L"RequestHasEntitlement", L"hasEntitlement",
                                     ResultCode::NoTokenHasEntitlement, false};
-  return SendRequest(kind, RequestBody(kind.type).Text(L"deviceId", _deviceId).Close());
+  return SendRequest(kind,
+                     [&] { return RequestBody(kind.type).Text(L"deviceId", _deviceId).Close(); });
 }
 
 VRXResponse TolmarAgent::RequestEntitlement() {
   static constexpr RequestKind kind{L"RequestEntitlement", L"entitlement",
                                     ResultCode::NoTokenEntitlement, false};
-  return SendRequest(kind, RequestBody(kind.type).Text(L"deviceId", _deviceId).Close());
+  return SendRequest(kind,
+                     [&] { return RequestBody(kind.type).Text(L"deviceId", _deviceId).Close(); });
 }
 
 VRXResponse TolmarAgent::RequestDownload(std::wstring l1FruPn, std::wstring moduleFruPn) {
   static constexpr RequestKind kind{L"RequestDownload", L"downloadRequest",
                                     ResultCode::NoTokenDownload, false};
-  return SendRequest(kind, RequestBody(kind.type)
-                               .Text(L"deviceId", _deviceId)
-                               .Text(L"l1FruPn", l1FruPn)
-                               .Text(L"moduleFruPn", moduleFruPn)
-                               .Close());
+  return SendRequest(kind, [&] {
+    return RequestBody(kind.type)
+        .Text(L"deviceId", _deviceId)
+        .Text(L"l1FruPn", l1FruPn)
+        .Text(L"moduleFruPn", moduleFruPn)
+        .Close();
+  });
 }
 
 VRXResponse TolmarAgent::RequestDownloadProgress(std::wstring l1FruPn, std::wstring moduleFruPn,
@@ -31,15 +35,17 @@ VRXResponse TolmarAgent::RequestDownloadProgress(std::wstring l1FruPn, std::wstr
                                                  int progress, std::wstring custDeviceDate) {
   static constexpr RequestKind kind{L"RequestDownloadProgress", L"downloadProgress",
                                     ResultCode::DownloadProgressFailed, true};
-  return SendRequest(kind, RequestBody(kind.type)
-                               .Text(L"l1FruPn", l1FruPn)
-                               .Text(L"moduleFruPn", moduleFruPn)
-                               .Number(L"action", action)
-                               .Text(L"message", message)
-                               .Text(L"fileName", fileName)
-                               .Number(L"progress", progress)
-                               .Text(L"custDeviceDate", custDeviceDate)
-                               .Close());
+  return SendRequest(kind, [&] {
+    return RequestBody(kind.type)
+        .Text(L"l1FruPn", l1FruPn)
+        .Text(L"moduleFruPn", moduleFruPn)
+        .Number(L"action", action)
+        .Text(L"message", message)
+        .Text(L"fileName", fileName)
+        .Number(L"progress", progress)
+        .Text(L"custDeviceDate", custDeviceDate)
+        .Close();
+  });
 }
 
 VRXResponse TolmarAgent::RequestInstallProgress(std::wstring l1FruPn, std::wstring moduleFruPn,
@@ -47,11 +53,13 @@ VRXResponse TolmarAgent::RequestInstallProgress(std::wstring l1FruPn, std::wstri
                                                 std::wstring custDeviceDate) {
   static constexpr RequestKind kind{L"RequestInstallProgress", L"installProgress",
                                     ResultCode::InstallProgressFailed, true};
-  return SendRequest(kind, RequestBody(kind.type)
-                               .Text(L"l1FruPn", l1FruPn)
-                               .Text(L"moduleFruPn", moduleFruPn)
-                               .Number(L"action", action)
-                               .Text(L"message", message)
-                               .Text(L"custDeviceDate", custDeviceDate)
-                               .Close());
+  return SendRequest(kind, [&] {
+    return RequestBody(kind.type)
+        .Text(L"l1FruPn", l1FruPn)
+        .Text(L"moduleFruPn", moduleFruPn)
+        .Number(L"action", action)
+        .Text(L"message", message)
+        .Text(L"custDeviceDate", custDeviceDate)
+        .Close();
+  });
 }
