@@ -178,7 +178,7 @@ fetch_by_curl() {
 measure_download() {
   local round before
   before=$(services_cpu)
-  rounds delivery_bench download
+  anew delivery_bench download --rounds "$ROUNDS"
   # Each round fetches half a gigabyte twice.
   awk -v a="$before" -v b="$(services_cpu)" -v gb="$ROUNDS" 'BEGIN { print "services", (b - a) / gb }' >>"$SAMPLES"
   awk '$1 == "cpu-agent" { print "host", 2 * $2 }' "$SAMPLES" >"$SAMPLES.cpu"

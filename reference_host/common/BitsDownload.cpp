@@ -10,9 +10,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How soon a request to stop is seen, and the end of a short question.
-constexpr DWORD PollMs = 50;
+/// How soon the end of a short question is seen.
 constexpr DWORD QuestionPollMs = 10;
+/// How often BITS is asked how far it is. It is another process and has to stop for its answers, so
+/// that a long transfer is asked after less often, but for its last part.
+constexpr DWORD PollMs = 50;
+constexpr DWORD LongPollMs = 250;
+constexpr auto LongTransfer = std::chrono::seconds(1);
+constexpr auto LastPart = 20;  ///< a twentieth
 constexpr auto ReportInterval = std::chrono::milliseconds(250);
 /// How often one file's transfer is tried again without asking anybody, and how long before that.
 constexpr int MaxRetries = 2;
@@ -133,8 +138,8 @@ BitsDownload::End BitsDownload::SetGoing(BitsFailure& failure) {
 }
 
 BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
-  _lastBytes = Clock::now();
-  while (Wait(PollMs)) {
+  const auto begin = _lastBytes = Clock::now();
+  while (Wait(PollTime(begin))) {
     const BG_JOB_STATE state = _job->State();
     _files.Update(_job->Progress());
     if (FindJobsFailure(state, failure)) return End::Failed;
@@ -147,6 +152,12 @@ BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
     return ReportProgress() ? End::Done : End::Stopped;
   }
   return End::Stopped;
+}
+
+DWORD BitsDownload::PollTime(Clock::time_point begin) const {
+  const DownloadProgressDetail total = _files.Total();
+  const bool isEnding = total.bytesTotal - total.bytesTransferred <= total.bytesTotal / LastPart;
+  return isEnding || Clock::now() - begin < LongTransfer ? PollMs : LongPollMs;
 }
 
 bool BitsDownload::FindJobsFailure(BG_JOB_STATE state, BitsFailure& failure) const {

@@ -53,6 +53,7 @@ class BitsDownload {
   End SetGoing(BitsFailure& failure);
   End WatchJob(BitsFailure& failure);
   End TakeOver(BitsFailure& failure);
+  DWORD PollTime(std::chrono::steady_clock::time_point begin) const;
   bool FindJobsFailure(BG_JOB_STATE state, BitsFailure& failure) const;
   bool FindOwnFailure(BitsFailure& failure);
   bool Recover(const BitsFailure& failure);
