@@ -22,6 +22,7 @@
 #include "progress/ReportStatus.h"
 
 class DownloadAgent;
+class RequestBody;
 struct DownloadProgressDetail;
 struct ErrorDetails;
 
@@ -190,8 +191,7 @@ class TOLMAR_API TolmarAgent {
   // service/: framing, requests, retries, parsers
   std::wstring GetJwtFromServer();
   static std::wstring HeaderBlock(const std::wstring& token);
-  VRXResponse SendRequest(const RequestKind& kind,
-                          const std::function<std::wstring()>& composeBody);
+  VRXResponse SendRequest(const RequestKind& kind, const std::function<void(RequestBody&)>& fill);
   unsigned long Exchange(const RequestKind& kind, const std::wstring& body, VRXResponse& response);
   VRXResponse RequestHasEntitlement();
   VRXResponse RequestEntitlement();

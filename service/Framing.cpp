@@ -6,6 +6,7 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/HttpRequest.h"
 #include "host/common/Text.h"
+#include "service/RequestBody.h"
 #include "service/RequestKind.h"
 
 namespace {
@@ -26,10 +27,12 @@ bool IsAnswered(bool posted, const ZLT::HttpRequest& request) {
 }  // namespace
 
 VRXResponse TolmarAgent::SendRequest(const RequestKind& kind,
-                                     const std::function<std::wstring()>& composeBody) {
+                                     const std::function<void(RequestBody&)>& fill) {
   VRXResponse response;
   try {
-    response.SetReturnCode(Exchange(kind, composeBody(), response));
+    RequestBody body(kind.type);
+    fill(body);
+    response.SetReturnCode(Exchange(kind, body.Close(), response));
   } catch (...) {
     response = VRXResponse();
     response.SetReturnCode(ResultCode::RequestException);

@@ -6,26 +6,20 @@
 VRXResponse TolmarAgent::RequestHasEntitlement() {
   static constexpr RequestKind kind{L"RequestHasEntitlement", L"hasEntitlement",
                                     ResultCode::NoTokenHasEntitlement, false};
-  return SendRequest(kind,
-                     [&] { return RequestBody(kind.type).Text(L"deviceId", _deviceId).Close(); });
+  return SendRequest(kind, [&](RequestBody& body) { body.Text(L"deviceId", _deviceId); });
 }
 
 VRXResponse TolmarAgent::RequestEntitlement() {
   static constexpr RequestKind kind{L"RequestEntitlement", L"entitlement",
                                     ResultCode::NoTokenEntitlement, false};
-  return SendRequest(kind,
-                     [&] { return RequestBody(kind.type).Text(L"deviceId", _deviceId).Close(); });
+  return SendRequest(kind, [&](RequestBody& body) { body.Text(L"deviceId", _deviceId); });
 }
 
 VRXResponse TolmarAgent::RequestDownload(std::wstring l1FruPn, std::wstring moduleFruPn) {
   static constexpr RequestKind kind{L"RequestDownload", L"downloadRequest",
                                     ResultCode::NoTokenDownload, false};
-  return SendRequest(kind, [&] {
-    return RequestBody(kind.type)
-        .Text(L"deviceId", _deviceId)
-        .Text(L"l1FruPn", l1FruPn)
-        .Text(L"moduleFruPn", moduleFruPn)
-        .Close();
+  return SendRequest(kind, [&](RequestBody& body) {
+    body.Text(L"deviceId", _deviceId).Text(L"l1FruPn", l1FruPn).Text(L"moduleFruPn", moduleFruPn);
   });
 }
 
@@ -35,16 +29,14 @@ VRXResponse TolmarAgent::RequestDownloadProgress(std::wstring l1FruPn, std::wstr
                                                  int progress, std::wstring custDeviceDate) {
   static constexpr RequestKind kind{L"RequestDownloadProgress", L"downloadProgress",
                                     ResultCode::DownloadProgressFailed, true};
-  return SendRequest(kind, [&] {
-    return RequestBody(kind.type)
-        .Text(L"l1FruPn", l1FruPn)
+  return SendRequest(kind, [&](RequestBody& body) {
+    body.Text(L"l1FruPn", l1FruPn)
         .Text(L"moduleFruPn", moduleFruPn)
         .Number(L"action", action)
         .Text(L"message", message)
         .Text(L"fileName", fileName)
         .Number(L"progress", progress)
-        .Text(L"custDeviceDate", custDeviceDate)
-        .Close();
+        .Text(L"custDeviceDate", custDeviceDate);
   });
 }
 
@@ -53,13 +45,11 @@ VRXResponse TolmarAgent::RequestInstallProgress(std::wstring l1FruPn, std::wstri
                                                 std::wstring custDeviceDate) {
   static constexpr RequestKind kind{L"RequestInstallProgress", L"installProgress",
                                     ResultCode::InstallProgressFailed, true};
-  return SendRequest(kind, [&] {
-    return RequestBody(kind.type)
-        .Text(L"l1FruPn", l1FruPn)
+  return SendRequest(kind, [&](RequestBody& body) {
+    body.Text(L"l1FruPn", l1FruPn)
         .Text(L"moduleFruPn", moduleFruPn)
         .Number(L"action", action)
         .Text(L"message", message)
-        .Text(L"custDeviceDate", custDeviceDate)
-        .Close();
+        .Text(L"custDeviceDate", custDeviceDate);
   });
 }
