@@ -37,7 +37,7 @@ void StartAll(WaitingThreads& all, int threads, const std::function<void(int)>& 
 std::vector<double> StopBareThreads(int threads) {
   const HANDLE stop = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   std::atomic<int> waiting = 0;
-  WaitingThreads all(threads);
+  WaitingThreads all;
   const auto wait = [&](int) {
     ++waiting;
     WaitForSingleObject(stop, INFINITE);
@@ -50,7 +50,7 @@ std::vector<double> StopBareThreads(int threads) {
 
 std::vector<double> StopAgent(int threads, const std::function<int()>& retryWaits) {
   TolmarAgent& agent = *TolmarAgent::GetInstance();
-  WaitingThreads all(threads);
+  WaitingThreads all;
   const auto ask = [&](int number) {
     Json::Value reply;
     if (number % 2 == 0) {

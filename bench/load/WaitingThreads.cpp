@@ -2,12 +2,6 @@
 
 #include <stdexcept>
 
-WaitingThreads::WaitingThreads(int count) {
-  const auto room = static_cast<std::size_t>(count);
-  _ends.reserve(room);
-  _threads.reserve(room);
-}
-
 void WaitingThreads::Start(const std::function<void()>& work) {
   Clock::time_point& end = _ends.emplace_back();
   _threads.emplace_back([work, &end] {

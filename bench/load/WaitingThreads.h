@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <functional>
 #include <thread>
 #include <vector>
@@ -8,8 +9,7 @@
 /// Threads that are all at work until they are told to stop.
 class WaitingThreads {
  public:
-  /// @param count in, how many there are going to be.
-  explicit WaitingThreads(int count);
+  WaitingThreads() = default;
   /// Threads that were not stopped cannot be waited for: the process has to end then.
   ~WaitingThreads();
   WaitingThreads(const WaitingThreads&) = delete;
@@ -28,6 +28,6 @@ class WaitingThreads {
  private:
   using Clock = std::chrono::steady_clock;
 
-  std::vector<Clock::time_point> _ends;
+  std::deque<Clock::time_point> _ends;  ///< one a thread, which stay where they are
   std::vector<std::thread> _threads;
 };
