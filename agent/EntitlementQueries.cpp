@@ -1,9 +1,9 @@
 #include <json/value.h>
 
 #include "agent/AgentLog.h"
+#include "agent/Query.h"
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"
-#include "service/RetryLoop.h"
 
 unsigned long TolmarAgent::HasEntitledSoftware(unsigned char& hasEntitlement) {
   // The first request goes out before the registration is looked at; its answer is dropped then.

@@ -8,9 +8,9 @@
 #include "agent/ResultCodes.h"
 #include "agent/StatusWords.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/CatalogueJson.h"
+#include "catalogue/JsonText.h"
 #include "host/common/Text.h"
-#include "service/CatalogueJson.h"
-#include "service/JsonText.h"
 
 namespace {
 

@@ -5,7 +5,9 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/DownloadAgent.h"
 #include "host/common/Utility.h"
+#include "host/core/DeviceIdAgent.h"
 #include "host/core/ZLTPublisherSubscriber.h"
+#include "host/session/Tessary.h"
 
 std::atomic<DownloadAgent*> TolmarAgent::m_pDownloadAgent{nullptr};
 

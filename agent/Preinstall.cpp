@@ -7,8 +7,8 @@
 #include "agent/ResultCodes.h"
 #include "agent/StatusWords.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/JsonText.h"
 #include "host/common/Text.h"
-#include "service/JsonText.h"
 
 namespace {
 

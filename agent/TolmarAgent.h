@@ -6,23 +6,22 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <list>
 #include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "agent/ReportStatus.h"
 #include "catalogue/SoftwarePackage.h"
 #include "host/common/CriticalSection.h"
 #include "host/common/ErrorCode.h"
-#include "host/core/DeviceIdAgent.h"
 #include "host/core/ZLTNotificationData.h"
-#include "host/session/Tessary.h"
 #include "host/session/VRXResponse.h"
-#include "progress/ReportStatus.h"
 
+class DeviceIdAgent;
 class DownloadAgent;
 class RequestBody;
+class Tessary;
 struct DownloadProgressDetail;
 struct ErrorDetails;
 
@@ -163,7 +162,7 @@ class TOLMAR_API TolmarAgent {
  private:
   friend class AgentFixture;  ///< gives every test a fresh agent and resets the statics
 
-  struct Query;  ///< one of the three retried requests, see service/RetryLoop.h
+  struct Query;  ///< one of the three retried requests, see agent/Query.h
   struct RequestKind;
   using FileMap = std::map<std::wstring, std::wstring>;
 

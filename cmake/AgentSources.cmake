@@ -7,6 +7,9 @@ set(TOLMAR_AGENT_SOURCES
     agent/Lifecycle.cpp
     agent/Preinstall.cpp
     agent/RegistryFlag.cpp
+    catalogue/CatalogueJson.cpp
+    catalogue/FileKind.cpp
+    catalogue/JsonText.cpp
     catalogue/ModuleFile.cpp
     catalogue/SoftwareModule.cpp
     catalogue/SoftwarePackage.cpp
@@ -21,9 +24,7 @@ set(TOLMAR_AGENT_SOURCES
     progress/DownloadEvents.cpp
     progress/ProgressReports.cpp
     progress/UrlRenewal.cpp
-    service/CatalogueJson.cpp
     service/Framing.cpp
-    service/JsonText.cpp
     service/ReplyParsers.cpp
     service/RequestBody.cpp
     service/Requests.cpp

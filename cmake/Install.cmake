@@ -3,9 +3,11 @@ include(CMakePackageConfigHelpers)
 set(config_folder lib/cmake/TolmarAgent)
 
 install(TARGETS TolmarAgent EXPORT AgentTargets COMPONENT Agent)
-install(FILES agent/TolmarAgent.h agent/ResultCodes.h DESTINATION include/tolmar/agent COMPONENT Agent)
-install(FILES progress/ReportStatus.h DESTINATION include/tolmar/progress COMPONENT Agent)
-install(DIRECTORY catalogue host DESTINATION include/tolmar COMPONENT Agent FILES_MATCHING PATTERN *.h)
+install(FILES agent/TolmarAgent.h agent/ReportStatus.h agent/ResultCodes.h DESTINATION include/tolmar/agent
+        COMPONENT Agent)
+install(FILES catalogue/Export.h catalogue/ModuleFile.h catalogue/SoftwareModule.h catalogue/SoftwarePackage.h
+        DESTINATION include/tolmar/catalogue COMPONENT Agent)
+install(DIRECTORY host DESTINATION include/tolmar COMPONENT Agent FILES_MATCHING PATTERN *.h)
 install(DIRECTORY examples/embed/ DESTINATION share/tolmar/example COMPONENT Agent)
 install(FILES CHANGELOG.md docs/operations.md docs/packages.md docs/security.md cmake/package/third-party.md
         DESTINATION share/tolmar COMPONENT Agent)

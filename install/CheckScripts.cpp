@@ -4,14 +4,15 @@
 #include "agent/ResultCodes.h"
 #include "agent/StatusWords.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/CatalogueJson.h"
+#include "catalogue/FileKind.h"
+#include "catalogue/JsonText.h"
 #include "host/common/FileSystem.h"
 #include "host/common/HttpRequest.h"
 #include "host/common/ProcessWrap.h"
 #include "host/common/Utility.h"
 #include "install/DownloadFolder.h"
 #include "install/ScriptCommand.h"
-#include "service/CatalogueJson.h"
-#include "service/JsonText.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 
 #include "agent/AgentLog.h"
 #include "host/common/FileSystem.h"
-#include "host/common/Text.h"
 #include "host/common/Utility.h"
 
 void DownloadFolder::Create() {
@@ -24,7 +23,3 @@ void DownloadFolder::Delete() {
   if (FileSystem::deleteDirectoryOrFile(folder, true)) return;
   logger.e(L"Failed to delete KIV folder in second attempt");
 }
-
-bool IsScript(const std::wstring& name) { return ZLT::String::CaseInsesitiveFind(name, L".ps1"); }
-
-bool IsCabinet(const std::wstring& name) { return ZLT::String::CaseInsesitiveFind(name, L".cab"); }

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "catalogue/SoftwareModule.h"
-
 /// Where a module's files are kept while it is checked or installed.
 namespace DownloadFolder {
 
@@ -17,7 +15,3 @@ std::wstring LocalPath(const std::wstring& name);
 void Delete();
 
 }  // namespace DownloadFolder
-
-/// File kinds, told by the name (any case; anywhere in it).
-bool IsScript(const std::wstring& name);
-bool IsCabinet(const std::wstring& name);

@@ -1,8 +1,8 @@
 #include <json/value.h>
 
 #include "agent/AgentLog.h"
+#include "agent/Query.h"
 #include "agent/TolmarAgent.h"
-#include "service/RetryLoop.h"
 
 unsigned long TolmarAgent::GetDownloadFiles(Json::Value& reply, std::wstring l1FruPn,
                                             std::wstring moduleFruPn) {

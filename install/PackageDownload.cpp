@@ -6,6 +6,7 @@
 #include "agent/ResultCodes.h"
 #include "agent/StatusWords.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/FileKind.h"
 #include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"
 #include "install/DownloadFolder.h"

@@ -6,8 +6,8 @@
 #include "agent/ResultCodes.h"
 #include "agent/StateGuard.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/JsonText.h"
 #include "host/common/Text.h"
-#include "service/JsonText.h"
 
 SoftwarePackage TolmarAgent::GetCurrentInstallingSoftware() {
   const StateGuard guard(_stateLock);

@@ -3,9 +3,9 @@
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/FileKind.h"
+#include "catalogue/JsonText.h"
 #include "host/common/DateTime.h"
-#include "install/DownloadFolder.h"
-#include "service/JsonText.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"
+#include "catalogue/JsonText.h"
 #include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"
 #include "progress/DownloadJob.h"
-#include "service/JsonText.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"
-#include "service/JsonText.h"
+#include "catalogue/JsonText.h"
 
 namespace {
 

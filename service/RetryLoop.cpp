@@ -1,4 +1,4 @@
-#include "service/RetryLoop.h"
+#include "agent/Query.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 #include "agent/AgentLog.h"
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
+#include "host/session/Tessary.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "bench/delivery/Parts.h"
 #include "bench/delivery/Samples.h"
 #include "bench/delivery/StraightLine.h"
-#include "reference_host/common/Url.h"
+#include "reference_host/base/Url.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "host/common/FileSystem.h"
 #include "host/common/Utility.h"
 #include "progress/DownloadJob.h"
-#include "reference_host/common/BitsJob.h"
+#include "reference_host/download/BitsJob.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "reference_host/common/RetryWait.h"
+#include "reference_host/base/RetryWait.h"
 
 namespace herd {
 namespace {

@@ -6,9 +6,9 @@
 
 #include "agent/TolmarAgent.h"
 #include "bench/micro/QuietHost.h"
-#include "reference_host/common/LogRecord.h"
-#include "reference_host/common/Redaction.h"
-#include "service/JsonText.h"
+#include "catalogue/JsonText.h"
+#include "reference_host/log/LogRecord.h"
+#include "reference_host/log/Redaction.h"
 #include "service/RequestBody.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "reference_host/common/ProcessStart.h"
+#include "reference_host/process/ProcessStart.h"
 
 /// A moment in a visit: so much later than the agent has written so many records.
 struct Moment {

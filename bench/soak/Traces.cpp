@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/common/Handle.h"
+#include "reference_host/base/Handle.h"
 
 using Microsoft::WRL::ComPtr;
 using refhost::Handle;

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "reference_host/common/Handle.h"
+#include "reference_host/base/Handle.h"
 
 using refhost::Handle;
 

@@ -1,7 +1,7 @@
 // A package's header and the decision over what a look at its signature found.
 
-#include "reference_host/common/CabinetHeader.h"
-#include "reference_host/common/CabinetPolicy.h"
+#include "reference_host/package/CabinetHeader.h"
+#include "reference_host/package/CabinetPolicy.h"
 #include "tests/fuzz/Input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,10 +1,10 @@
 // The reference host's configuration file.
 
-#include "reference_host/common/Configuration.h"
+#include "reference_host/configuration/Configuration.h"
 
 #include "host/common/Text.h"
-#include "reference_host/common/MemberName.h"
-#include "reference_host/common/Url.h"
+#include "reference_host/base/Url.h"
+#include "reference_host/files/MemberName.h"
 #include "tests/fuzz/Input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

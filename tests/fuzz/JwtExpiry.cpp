@@ -1,6 +1,6 @@
 // The input as a JSON Web Token, as the payload of one, and as the reply that brings one.
 
-#include "reference_host/session/JwtExpiry.h"
+#include "reference_host/identity/JwtExpiry.h"
 
 #include "tests/fuzz/Input.h"
 

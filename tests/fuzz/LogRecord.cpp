@@ -1,6 +1,6 @@
 // No message can forge a record of the log.
 
-#include "reference_host/common/LogRecord.h"
+#include "reference_host/log/LogRecord.h"
 
 #include "host/common/Text.h"
 #include "tests/fuzz/Input.h"

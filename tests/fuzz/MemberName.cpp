@@ -1,6 +1,6 @@
 // Names of a package's members, one a line.
 
-#include "reference_host/common/MemberName.h"
+#include "reference_host/files/MemberName.h"
 
 #include <filesystem>
 #include <sstream>

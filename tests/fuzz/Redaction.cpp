@@ -1,6 +1,6 @@
 // No text around a signed URL or a token brings its secret into a log.
 
-#include "reference_host/common/Redaction.h"
+#include "reference_host/log/Redaction.h"
 
 #include "host/common/Text.h"
 #include "tests/fuzz/Input.h"

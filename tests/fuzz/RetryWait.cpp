@@ -1,6 +1,6 @@
 // A retry's wait keeps its bounds, whatever it is asked for.
 
-#include "reference_host/common/RetryWait.h"
+#include "reference_host/base/RetryWait.h"
 
 #include <algorithm>
 #include <bit>

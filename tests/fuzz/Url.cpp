@@ -1,6 +1,6 @@
 // URLs of the configuration and of the service.
 
-#include "reference_host/common/Url.h"
+#include "reference_host/base/Url.h"
 
 #include "host/common/Text.h"
 #include "tests/fuzz/Input.h"

@@ -2,8 +2,8 @@
 
 #include <functional>
 
-#include "reference_host/common/CabinetHeader.h"
-#include "reference_host/common/CabinetPolicy.h"
+#include "reference_host/package/CabinetHeader.h"
+#include "reference_host/package/CabinetPolicy.h"
 
 using namespace refhost;
 

@@ -1,4 +1,4 @@
-#include "reference_host/common/Configuration.h"
+#include "reference_host/configuration/Configuration.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reference_host/session/JwtExpiry.h"
+#include "reference_host/identity/JwtExpiry.h"
 
 #include <gtest/gtest.h>
 

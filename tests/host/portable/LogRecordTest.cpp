@@ -1,4 +1,4 @@
-#include "reference_host/common/LogRecord.h"
+#include "reference_host/log/LogRecord.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reference_host/common/MemberName.h"
+#include "reference_host/files/MemberName.h"
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-#include "reference_host/common/Redaction.h"
+#include "reference_host/log/Redaction.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reference_host/common/RetryWait.h"
+#include "reference_host/base/RetryWait.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "reference_host/common/Url.h"
+#include "reference_host/base/Url.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,26 @@
+#include "reference_host/Startup.h"
+
+#include "host/common/Log.h"
+#include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/files/FolderCreation.h"
+
+namespace refhost {
+
+bool Start(std::wstring& error) {
+  const Configuration* configuration = GetConfiguration();
+  if (configuration == nullptr) {
+    error = ConfigurationError();
+    return false;
+  }
+  const std::wstring file = ConfigurationFileName();
+  // Where no log can be kept, the host is the only one who can still say why.
+  const std::wstring refusal = CreateFolder(configuration->logFolder, true);
+  if (!refusal.empty()) {
+    error = file + L": the log folder " + configuration->logFolder + L" is refused: " + refusal;
+    return false;
+  }
+  ZLT::g_log.d(L"Host suite started, configured by %s", file.c_str());
+  return true;
+}
+
+}  // namespace refhost

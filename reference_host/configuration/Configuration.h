@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace refhost {
+
+/// The suite's configuration. Texts are UTF-8 as in the file, folders wide.
+struct Configuration {
+  std::string baseUrl;
+  std::string realm;
+  std::string deviceId;
+  std::string sessionToken;
+  std::string tokenUrl;
+  bool registered = true;
+  std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
+  std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
+  bool requireSignedPackages = true;
+  std::vector<std::string> trustedPublishers;   ///< SHA-256 thumbprints, 64 lower-case hex digits
+  unsigned int processTimeoutSeconds = 600;     ///< for programs that are run to their end
+  unsigned int installerTimeoutSeconds = 7200;  ///< for installers
+  unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
+  unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
+  std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to
+  std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
+  unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
+  double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait
+};
+
+/// Reads a configuration from JSON text; portable, no file or registry is touched.
+/// @param fileName in, for the error text. @param configuration out, complete on success only.
+/// @return an empty text on success, else one line naming file and key.
+std::string ParseConfiguration(const std::string& fileName, const std::string& json,
+                               Configuration& configuration);
+
+}  // namespace refhost

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/common/DownloadAgent.h"
+#include "reference_host/download/BitsFailure.h"
+#include "reference_host/download/BitsJob.h"
+#include "reference_host/download/BitsProbe.h"
+
+namespace refhost {
+
+/// One file of a download and how far it is.
+struct DownloadFile {
+  std::wstring url;
+  std::wstring path;
+  std::optional<std::uint64_t> length;      ///< as announced before the transfer, in bytes
+  std::optional<std::uint64_t> jobsLength;  ///< as the transfer's own reply has announced it
+  std::uint64_t transferred = 0;
+  bool arrived = false;   ///< the job has it, its length is still to be checked
+  bool finished = false;  ///< whole and in its place
+  int retries = 0;
+  int renewals = 0;
+  bool renewed = false;  ///< since the job was last told its address
+
+  /// Where the job writes: the final name appears only once the file is known to be whole, so that
+  /// nobody takes a piece of it for the file.
+  std::wstring PartPath() const { return path + L".part"; }
+};
+
+/// The files of one download, across all the jobs that it takes. Not guarded: used by one thread at
+/// a time.
+class DownloadFileSet {
+ public:
+  explicit DownloadFileSet(const DownloadAgent::FileMap& files);
+
+  bool IsFinished() const;
+
+  /// @return what a job still has to fetch.
+  std::vector<BitsFile> Unfinished() const;
+
+  /// @return the files whose address has changed since the last call.
+  std::vector<BitsFile> TakeRenewed();
+
+  /// @return the file that a failure is about: the first unfinished one when the failure does not
+  /// say. There is a file.
+  DownloadFile& FailingFile(const BitsFailure& failure);
+
+  /// Takes over what the server says about the files.
+  /// @return the first refusal of an unfinished one.
+  std::optional<BitsFailure> Learn(const BitsProbe& probe);
+
+  /// @return why the server of an unfinished file was not reached.
+  std::optional<BitsFailure> TransportFailure(const BitsProbe& probe) const;
+
+  /// Takes over a job's progress.
+  void Update(const std::vector<BitsProgress>& progress);
+
+  /// Once a job has all: what nobody has announced is as long as it is.
+  void SettleLengths();
+
+  /// @return the failure of a file that has grown past its announced length, or that is larger, by
+  /// what has come or by what is announced, than any file may be.
+  std::optional<BitsFailure> FindOversized() const;
+
+  /// @return the failure when the disk does not take what is still to come of the known lengths.
+  std::optional<BitsFailure> FindNoRoom() const;
+
+  /// Removes what a process that died has left in the unfinished files' places.
+  /// @return the failure when one of the places cannot be written to: better known before a
+  /// transfer than behind it.
+  std::optional<BitsFailure> ClearPlaces() const;
+
+  /// Puts what has arrived into its place; the job that brought it is completed.
+  /// @return the first failure: a file that was cut off, or that could not be put there.
+  std::optional<BitsFailure> Place();
+
+  /// Takes new addresses from file name to URL, for unfinished files only and for each a bounded
+  /// number of times.
+  /// @return true when every one of them was taken.
+  bool Renew(const DownloadAgent::FileMap& addresses);
+
+  /// Removes what unfinished files have left.
+  void RemoveParts() const;
+
+  /// @return the sum; its total of bytes is BG_SIZE_UNKNOWN while a length is not known.
+  DownloadProgressDetail Total() const;
+  std::vector<DownloadProgressDetail> Each() const;
+
+  /// @return URL to local path of all files, with the addresses that they have now.
+  DownloadAgent::FileMap Map() const;
+
+ private:
+  bool RenewOne(const std::wstring& name, const std::wstring& url);
+
+  std::vector<DownloadFile> _files;
+};
+
+}  // namespace refhost

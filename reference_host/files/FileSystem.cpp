@@ -1,0 +1,77 @@
+#include "host/common/FileSystem.h"
+
+#include <windows.h>
+
+#include "host/common/Log.h"
+#include "reference_host/files/FolderCreation.h"
+#include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/LongPath.h"
+
+namespace {
+
+bool IsThere(DWORD attributes) { return attributes != INVALID_FILE_ATTRIBUTES; }
+bool IsFolder(DWORD attributes) {
+  return IsThere(attributes) && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+bool IsLink(DWORD attributes) {
+  return IsThere(attributes) && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool IsPlainFolder(DWORD attributes) { return IsFolder(attributes) && !IsLink(attributes); }
+
+bool Delete(const std::wstring& path, bool recursive);
+
+void DeleteContents(const std::wstring& folder) {
+  WIN32_FIND_DATAW entry{};
+  const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
+  if (search == INVALID_HANDLE_VALUE) return;
+  do {
+    const std::wstring name = entry.cFileName;
+    if (name != L"." && name != L"..") Delete(folder + L"\\" + name, true);
+  } while (FindNextFileW(search, &entry));
+  FindClose(search);
+}
+
+bool Delete(const std::wstring& path, bool recursive) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if (IsThere(attributes) && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
+  }
+  if (recursive && IsPlainFolder(attributes)) DeleteContents(path);
+  const BOOL deleted =
+      IsFolder(attributes) ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str());
+  const DWORD error = deleted ? ERROR_SUCCESS : GetLastError();
+  return deleted || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+}  // namespace
+
+bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
+  const std::wstring refusal = refhost::CreateFolder(path, restricted);
+  if (!refusal.empty()) {
+    ZLT::g_log.e(L"FileSystem: the folder %s is refused: %s", path.c_str(), refusal.c_str());
+  }
+  return refusal.empty();
+}
+
+bool FileSystem::fileExists(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(refhost::LongPath(path).c_str());
+  return IsThere(attributes) && !IsFolder(attributes);
+}
+
+bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive) {
+  if (path.empty()) return false;
+  const std::wstring name = refhost::LongPath(path);
+  if (recursive && IsPlainFolder(GetFileAttributesW(name.c_str()))) {
+    // Its owner could put a link into a folder's place while the folder is being emptied.
+    if (const std::wstring refusal = refhost::RefusalOfFolder(name); !refusal.empty()) {
+      ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
+      return false;
+    }
+  }
+  return Delete(name, recursive);
+}
+
+std::wstring FileSystem::getFileName(const std::wstring& path) {
+  return path.substr(path.find_last_of(L"\\/:") + 1);
+}

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <windows.h>
+// Behind windows.h, whose types it needs.
+#include <winhttp.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/common/HttpRequest.h"
+#include "reference_host/base/Url.h"
+
+namespace refhost {
+
+/// What to ask, and how.
+struct HttpCall {
+  const wchar_t* verb = L"GET";
+  std::wstring url;      ///< https, or http to a loopback host
+  std::wstring headers;  ///< lines separated by CR LF; the last needs none
+  std::string_view body{};
+  std::wstring userAgent{};  ///< empty: the suite's own
+  std::wstring proxy{};      ///< empty: the machine's settings
+  ZLT::HttpTimeouts timeouts = ZLT::HttpTimeouts::DEFAULT;
+};
+
+/// Bounds for a reply's body.
+struct HttpLimits {
+  std::uint64_t maxBytes;
+  std::chrono::milliseconds maxDuration = std::chrono::hours(24);
+};
+
+/// One request and its reply over the process's one WinHTTP session. Redirects are not followed and
+/// no cookies or logon data are sent: what the headers carry reaches the host of the URL only. One
+/// thread; errors are WinHTTP's numbers, 0 for none.
+class HttpExchange {
+ public:
+  /// Takes a piece of the body. @return 0, or the error that ends the exchange.
+  using Sink = std::function<unsigned long(const char*, std::size_t)>;
+
+  HttpExchange() = default;
+  HttpExchange(const HttpExchange&) = delete;
+  HttpExchange& operator=(const HttpExchange&) = delete;
+
+  /// Sends the request and receives the head of the reply; blocks for at most the time-outs.
+  unsigned long Send(const HttpCall& call);
+
+  /// @return the reply's HTTP status; 0 before `Send` has succeeded.
+  unsigned long Status() const { return _status; }
+
+  /// @return the announced length of the body; nothing when none was announced.
+  std::optional<std::uint64_t> AnnouncedLength() const;
+
+  /// Receives the body. One that ends before its announced length is an error (12030, the
+  /// connection broke), as is one over the limits (12184 too long, 12002 too slow).
+  unsigned long ReadBody(const HttpLimits& limits, const Sink& sink) const;
+
+ private:
+  struct Closer {
+    void operator()(void* handle) const { WinHttpCloseHandle(handle); }
+  };
+  using Handle = std::unique_ptr<void, Closer>;
+
+  unsigned long SendOnce(const HttpCall& call, const Url& url);
+
+  bool _madeAnew = false;  ///< outlives the request, which writes it
+  Handle _connection;
+  Handle _request;
+  unsigned long _status = 0;
+};
+
+}  // namespace refhost

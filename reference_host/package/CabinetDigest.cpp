@@ -1,0 +1,44 @@
+#include "reference_host/package/CabinetDigest.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <vector>
+
+namespace refhost {
+
+namespace {
+
+void AddRange(Sha256Hash& hash, const CabinetFile& cabinet, std::uint64_t from, std::uint64_t to) {
+  std::vector<std::uint8_t> buffer(1 << 20);
+  while (from < to) {
+    const auto wanted =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(to - from, buffer.size()));
+    const std::uint32_t read = cabinet.ReadAt(from, buffer.data(), wanted);
+    if (read == 0) throw std::runtime_error("the package cannot be read");
+    hash.Add({buffer.data(), read});
+    from += read;
+  }
+}
+
+}  // namespace
+
+Sha256 SignedDigestOf(const CabinetFile& cabinet) {
+  Sha256Hash hash;
+  // Left out: the first reserved field, the cabinet's number in a set, and the signature's place.
+  AddRange(hash, cabinet, 0, 4);
+  AddRange(hash, cabinet, 8, 34);
+  AddRange(hash, cabinet, 56, cabinet.Header().signatureOffset);
+  return hash.Finish();
+}
+
+std::string Hex(std::span<const std::uint8_t> bytes) {
+  constexpr char Digits[] = "0123456789abcdef";
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    text += Digits[byte >> 4];
+    text += Digits[byte & 15];
+  }
+  return text;
+}
+
+}  // namespace refhost

@@ -1,0 +1,240 @@
+#include "reference_host/package/CabinetSignature.h"
+
+#include <softpub.h>
+#include <wincrypt.h>
+#include <wintrust.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "reference_host/package/CabinetDigest.h"
+
+namespace refhost {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using BytesView = std::span<const std::uint8_t>;
+
+constexpr DWORD Encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
+/// No honest signature comes near; a package must not make the check use up the memory.
+constexpr std::uint32_t MaxSignatureBytes = 1 << 20;
+constexpr char CodeSigningUsage[] = "1.3.6.1.5.5.7.3.3";
+constexpr char TimeStampAttribute[] = "1.3.6.1.4.1.311.3.3.1";
+constexpr char CounterSignatureAttribute[] = "1.2.840.113549.1.9.6";
+
+/// Closes a handle of the crypto library at the end of its scope.
+template <auto Close>
+struct Closer {
+  template <typename T>
+  void operator()(T* handle) const {
+    Close(handle);
+  }
+};
+void CloseStore(void* store) { CertCloseStore(store, 0); }
+using Message = std::unique_ptr<void, Closer<CryptMsgClose>>;
+using Store = std::unique_ptr<void, Closer<CloseStore>>;
+using Certificate = std::unique_ptr<const CERT_CONTEXT, Closer<CertFreeCertificateContext>>;
+using Chain = std::unique_ptr<const CERT_CHAIN_CONTEXT, Closer<CertFreeCertificateChain>>;
+
+void Require(bool condition, const char* fault) {
+  if (!condition) throw std::runtime_error(fault);
+}
+
+Bytes ReadSignature(const CabinetFile& cabinet) {
+  const CabinetHeader& header = cabinet.Header();
+  Require(SignatureEndsFile(header, cabinet.Size()), "its signature does not cover the whole file");
+  Require(header.signatureSize <= MaxSignatureBytes, "its signature is too large");
+  Bytes bytes(header.signatureSize);
+  Require(cabinet.ReadAt(header.signatureOffset, bytes.data(), header.signatureSize) ==
+              header.signatureSize,
+          "its signature cannot be read");
+  return bytes;
+}
+
+Message Decode(const Bytes& bytes) {
+  Message message(CryptMsgOpenToDecode(Encoding, 0, 0, 0, nullptr, nullptr));
+  Require(message &&
+              CryptMsgUpdate(message.get(), bytes.data(), static_cast<DWORD>(bytes.size()), TRUE),
+          "its signature cannot be decoded");
+  return message;
+}
+
+/// @return a parameter of the message (structures come with their parts behind them), empty when
+/// there is none.
+Bytes Parameter(const Message& message, DWORD type) {
+  DWORD size = 0;
+  if (!CryptMsgGetParam(message.get(), type, 0, nullptr, &size)) return {};
+  Bytes bytes(size);
+  if (!CryptMsgGetParam(message.get(), type, 0, bytes.data(), &size)) return {};
+  bytes.resize(size);
+  return bytes;
+}
+
+DWORD NumberParameter(const Message& message, DWORD type) {
+  DWORD number = 0, size = sizeof(number);
+  return CryptMsgGetParam(message.get(), type, 0, &number, &size) ? number : 0;
+}
+
+/// @return the attribute's first value, encoded; empty when there is none.
+BytesView AttributeValue(const Bytes& parameter, const char* identifier) {
+  if (parameter.size() < sizeof(CRYPT_ATTRIBUTES)) return {};
+  const auto* attributes = reinterpret_cast<const CRYPT_ATTRIBUTES*>(parameter.data());
+  for (DWORD i = 0; i < attributes->cAttr; ++i) {
+    const CRYPT_ATTRIBUTE& attribute = attributes->rgAttr[i];
+    if (std::strcmp(attribute.pszObjId, identifier) == 0 && attribute.cValue == 1) {
+      return {attribute.rgValue[0].pbData, attribute.rgValue[0].cbData};
+    }
+  }
+  return {};
+}
+
+/// @return true when `bytes` end in `prefix` and then `digest`.
+bool EndsIn(BytesView bytes, BytesView prefix, const Sha256& digest) {
+  if (bytes.size() < prefix.size() + digest.size()) return false;
+  const BytesView end = bytes.last(digest.size());
+  const BytesView before = bytes.first(bytes.size() - digest.size()).last(prefix.size());
+  return std::ranges::equal(before, prefix) && std::ranges::equal(end, digest);
+}
+
+/// @return what is inside of an encoded sequence that is `bytes` as a whole.
+BytesView InsideOfSequence(BytesView bytes) {
+  Require(bytes.size() >= 2 && bytes[0] == 0x30, "its signature's content is malformed");
+  std::size_t header = 2, length = bytes[1];
+  if (length >= 0x80) {
+    header += length & 0x7F;
+    Require(header <= 6 && header <= bytes.size(), "its signature's content is malformed");
+    length = 0;
+    for (std::size_t i = 2; i < header; ++i) length = length << 8 | bytes[i];
+  }
+  Require(bytes.size() - header == length, "its signature's content is malformed");
+  return bytes.subspan(header);
+}
+
+/// The signed content holds the digest of the cabinet, the signed attributes that of the content.
+void CheckDigests(const CabinetFile& cabinet, const Message& message) {
+  constexpr std::uint8_t Sha256DigestInfo[] = {0x30, 0x31, 0x30, 0x0D, 0x06, 0x09, 0x60,
+                                               0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02,
+                                               0x01, 0x05, 0x00, 0x04, 0x20};
+  constexpr std::uint8_t OctetString[] = {0x04, 0x20};
+  const Bytes type = Parameter(message, CMSG_INNER_CONTENT_TYPE_PARAM);
+  constexpr std::size_t TypeBytes = sizeof(SPC_INDIRECT_DATA_OBJID);  // with the closing zero
+  Require(
+      type.size() >= TypeBytes && std::memcmp(type.data(), SPC_INDIRECT_DATA_OBJID, TypeBytes) == 0,
+      "its signature is none of a program or package");
+  const Bytes content = Parameter(message, CMSG_CONTENT_PARAM);
+  Require(EndsIn(content, Sha256DigestInfo, SignedDigestOf(cabinet)),
+          "it was changed after it was signed, or signed with another digest than SHA-256");
+  const Bytes attributes = Parameter(message, CMSG_SIGNER_AUTH_ATTR_PARAM);
+  const BytesView digest = AttributeValue(attributes, szOID_RSA_messageDigest);
+  Require(digest.size() == sizeof(OctetString) + sizeof(Sha256) &&
+              EndsIn(digest, OctetString, DigestOf(InsideOfSequence(content))),
+          "its signature's content was changed");
+}
+
+Certificate CheckSigner(const Message& message, const Store& store) {
+  Require(NumberParameter(message, CMSG_SIGNER_COUNT_PARAM) == 1, "it has not exactly one signer");
+  Bytes info = Parameter(message, CMSG_SIGNER_CERT_INFO_PARAM);
+  Require(!info.empty() && store, "its signer's certificate is missing");
+  Certificate signer(CertGetSubjectCertificateFromStore(store.get(), Encoding,
+                                                        reinterpret_cast<CERT_INFO*>(info.data())));
+  Require(signer != nullptr, "its signer's certificate is missing");
+  Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
+          "its signature does not belong to its signer's certificate");
+  return signer;
+}
+
+/// A time stamp lets a signature outlive its certificate. Whether the stamp itself is good is left
+/// to the platform's verdict.
+bool HasTimeStamp(const Message& message) {
+  const Bytes attributes = Parameter(message, CMSG_SIGNER_UNAUTH_ATTR_PARAM);
+  return !AttributeValue(attributes, TimeStampAttribute).empty() ||
+         !AttributeValue(attributes, CounterSignatureAttribute).empty();
+}
+
+/// Only the machine's roots count, not what a user has added for himself.
+Chain BuildChain(const Certificate& signer, const Store& store) {
+  LPSTR usages[] = {const_cast<LPSTR>(CodeSigningUsage)};
+  CERT_CHAIN_PARA parameters{};
+  parameters.cbSize = sizeof(parameters);
+  parameters.RequestedUsage.dwType = USAGE_MATCH_TYPE_AND;
+  parameters.RequestedUsage.Usage = {1, usages};
+  PCCERT_CHAIN_CONTEXT chain = nullptr;
+  CertGetCertificateChain(HCCE_LOCAL_MACHINE, signer.get(), nullptr, store.get(), &parameters, 0,
+                          nullptr, &chain);
+  return Chain(chain);
+}
+
+void CheckChain(const Certificate& signer, const Store& store, bool timeStamped) {
+  const Chain chain = BuildChain(signer, store);
+  Require(chain != nullptr, "its signer's chain cannot be built");
+  DWORD errors = chain->TrustStatus.dwErrorStatus;
+  CERT_CHAIN_POLICY_PARA policy{};
+  policy.cbSize = sizeof(policy);
+  if (timeStamped) {
+    errors &= ~static_cast<DWORD>(CERT_TRUST_IS_NOT_TIME_VALID);
+    policy.dwFlags = CERT_CHAIN_POLICY_IGNORE_NOT_TIME_VALID_FLAG;
+  }
+  CERT_CHAIN_POLICY_STATUS verdict{};
+  verdict.cbSize = sizeof(verdict);
+  Require(CertVerifyCertificateChainPolicy(CERT_CHAIN_POLICY_AUTHENTICODE, chain.get(), &policy,
+                                           &verdict) &&
+              verdict.dwError == 0 && errors == 0,
+          "its signer is not trusted for code signing on this machine");
+}
+
+/// @return the thumbprint of the signing certificate. @throws std::runtime_error saying the fault.
+std::string CheckByOwnMeans(const CabinetFile& cabinet) {
+  const Message message = Decode(ReadSignature(cabinet));
+  const Store store(CertOpenStore(CERT_STORE_PROV_MSG, Encoding, 0, 0, message.get()));
+  CheckDigests(cabinet, message);
+  const Certificate signer = CheckSigner(message, store);
+  CheckChain(signer, store, HasTimeStamp(message));
+  return Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
+}
+
+void CheckByPlatform(const CabinetFile& cabinet) {
+  WINTRUST_FILE_INFO file{};
+  file.cbStruct = sizeof(file);
+  file.pcwszFilePath = cabinet.Path().c_str();
+  file.hFile = cabinet.File();
+  WINTRUST_DATA data{};
+  data.cbStruct = sizeof(data);
+  data.dwUIChoice = WTD_UI_NONE;
+  data.fdwRevocationChecks = WTD_REVOKE_NONE;
+  data.dwUnionChoice = WTD_CHOICE_FILE;
+  data.pFile = &file;
+  data.dwStateAction = WTD_STATEACTION_VERIFY;
+  GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+  const HWND nobody = static_cast<HWND>(INVALID_HANDLE_VALUE);
+  const LONG verdict = WinVerifyTrust(nobody, &action, &data);
+  data.dwStateAction = WTD_STATEACTION_CLOSE;
+  WinVerifyTrust(nobody, &action, &data);
+  if (verdict == 0) return;
+  const auto code = static_cast<std::uint32_t>(verdict);
+  const std::uint8_t bytes[] = {
+      static_cast<std::uint8_t>(code >> 24), static_cast<std::uint8_t>(code >> 16),
+      static_cast<std::uint8_t>(code >> 8), static_cast<std::uint8_t>(code)};
+  throw std::runtime_error("the platform refuses its signature, code 0x" + Hex(bytes));
+}
+
+}  // namespace
+
+SignatureFindings InspectSignature(const CabinetFile& cabinet) {
+  SignatureFindings findings;
+  findings.present = cabinet.Header().IsSigned();
+  if (!findings.present) return findings;
+  try {
+    findings.thumbprint = CheckByOwnMeans(cabinet);
+    CheckByPlatform(cabinet);
+  } catch (const std::exception& exception) {
+    findings.fault = exception.what();
+  }
+  return findings;
+}
+
+}  // namespace refhost

@@ -1,0 +1,82 @@
+#include "host/common/PackageExtractor.h"
+
+#include <windows.h>
+
+#include <stdexcept>
+
+#include "host/common/FileSystem.h"
+#include "host/common/Log.h"
+#include "host/common/Text.h"
+#include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/files/MemberName.h"
+#include "reference_host/package/CabinetFile.h"
+#include "reference_host/package/CabinetReader.h"
+#include "reference_host/package/CabinetSignature.h"
+
+using namespace refhost;
+
+namespace {
+
+constexpr int MaxFolderNumber = 1000;
+
+PackagePolicy Policy() { return {Settings().requireSignedPackages, Settings().trustedPublishers}; }
+
+/// Judges all members before the first is written.
+void CheckMembers(const CabinetFile& cabinet) {
+  MemberNames names;
+  std::uint64_t total = 0;
+  for (const CabinetMember& member : ListMembers(cabinet)) {
+    const std::string refusal = names.Add(member.name);
+    if (!refusal.empty()) {
+      throw std::runtime_error("the package holds a member that is refused (" + refusal +
+                               "): " + ZLT::String::UTF16ToUTF8(member.name));
+    }
+    total += member.size;
+    if (total > Settings().maxUnpackedBytes) {
+      throw std::runtime_error("the package unpacks to more bytes than maxUnpackedBytes allows");
+    }
+  }
+}
+
+/// @return the package's path without its extension, and without what must not end a folder's name.
+std::wstring FolderStem(const std::wstring& cabPath) {
+  const std::wstring name = FileSystem::getFileName(cabPath);
+  std::wstring stem = name.substr(0, name.rfind(L'.'));
+  stem.erase(stem.find_last_not_of(L". ") + 1);
+  return cabPath.substr(0, cabPath.size() - name.size()) + (stem.empty() ? L"package" : stem);
+}
+
+/// Never takes over a folder that is there: somebody else may have put things into it.
+std::wstring CreateFolderBeside(const std::wstring& cabPath) {
+  const std::wstring stem = FolderStem(cabPath);
+  std::wstring folder = stem;
+  for (int number = 2; number <= MaxFolderNumber; ++number) {
+    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
+    if (GetLastError() != ERROR_ALREADY_EXISTS) break;
+    folder = stem + L"-" + std::to_wstring(number);
+  }
+  throw std::runtime_error("the package's folder cannot be created, error " +
+                           std::to_string(GetLastError()));
+}
+
+}  // namespace
+
+std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
+  const CabinetFile cabinet(cabPath);
+  const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
+  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
+  if (!refusal.empty()) {
+    g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
+            String::UTF8ToUTF16(refusal).c_str());
+    return {};
+  }
+  CheckMembers(cabinet);
+  std::wstring folder = CreateFolderBeside(cabPath);
+  try {
+    UnpackMembers(cabinet, folder);
+  } catch (...) {
+    FileSystem::deleteDirectoryOrFile(folder, true);
+    throw;
+  }
+  return folder;
+}
