@@ -13,6 +13,8 @@ draw() {
       *.msc) mscgen -T svg -i "$source" -o "docs/img/$name.svg" ;;
     esac
   done
+  # What follows from other arrows is left out.
+  bash scripts/includes.sh --dot | tred | dot -Tsvg -o docs/img/rooms.svg
 }
 
 step "pictures: docs/img" "$BUILD/log/docs-pictures.log" draw

@@ -3,10 +3,7 @@
 #include <bits2_0.h>
 #include <bits2_5.h>
 
-#include <chrono>
-#include <future>
-#include <system_error>
-#include <thread>
+#include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
 
@@ -19,9 +16,6 @@ constexpr ULONG MinRetryDelay = 5;
 constexpr ULONG NoProgressTimeout = 0;
 /// The headers hold a token; they must not follow a redirection to another host.
 constexpr ULONG RefuseRedirections = 0x0200;
-
-/// How long a caller waits for a job to be cancelled.
-constexpr auto CancelWait = std::chrono::milliseconds(50);
 
 /// A text that COM has allocated.
 class ComText {
@@ -58,36 +52,22 @@ std::wstring LocalNameOf(IBackgroundCopyFile& file) {
   return name.Text();
 }
 
-/// Cancels a job on another thread: on some platforms that call waits for the job's server, which
-/// may have fallen silent.
-void CancelAside(ComPtr<IBackgroundCopyJob> job) {
-  std::packaged_task<void()> task([job]() mutable {
-    const ComApartment apartment;
-    job->Cancel();
-    job.Reset();
-  });
-  const std::future<void> done = task.get_future();
-  try {
-    std::thread(std::move(task)).detach();
-    done.wait_for(CancelWait);
-  } catch (const std::system_error&) {
+void Cancel(const ComPtr<IBackgroundCopyJob>& job) {
+  if (wine::IsInForce()) {
+    wine::CancelAside(job);
+  } else {
     job->Cancel();
   }
 }
 
 }  // namespace
 
-ComApartment::ComApartment() { CoInitializeEx(nullptr, COINIT_MULTITHREADED); }
-
-ComApartment::~ComApartment() { CoUninitialize(); }
-
 HRESULT BitsJob::Connect(Manager& manager) {
-  HRESULT result = E_FAIL;
-  // The first call may come while the service is still starting.
-  for (int attempt = 0; attempt < 2 && FAILED(result); ++attempt) {
-    result = CoCreateInstance(CLSID_BackgroundCopyManager, nullptr, CLSCTX_LOCAL_SERVER,
-                              IID_PPV_ARGS(manager.ReleaseAndGetAddressOf()));
-  }
+  const auto connect = [&manager] {
+    return CoCreateInstance(CLSID_BackgroundCopyManager, nullptr, CLSCTX_LOCAL_SERVER,
+                            IID_PPV_ARGS(manager.ReleaseAndGetAddressOf()));
+  };
+  const HRESULT result = wine::IsInForce() ? wine::ConnectAgain(connect) : connect();
   if (SUCCEEDED(result)) AllowImpersonation(manager);
   return result;
 }
@@ -98,7 +78,7 @@ HRESULT BitsJob::CancelAll(const Manager& manager, const std::wstring& name) {
   if (FAILED(result)) return result;
   ComPtr<IBackgroundCopyJob> job;
   while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
-    if (NameOf(*job.Get()) == name) CancelAside(job);
+    if (NameOf(*job.Get()) == name) Cancel(job);
   }
   return S_OK;
 }
@@ -146,7 +126,7 @@ HRESULT BitsJob::Add(const BitsOrder& order) {
 }
 
 BitsJob::~BitsJob() {
-  if (!_completed) CancelAside(_job);
+  if (!_completed) Cancel(_job);
 }
 
 GUID BitsJob::Id() const {

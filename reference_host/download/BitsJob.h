@@ -3,7 +3,6 @@
 #include <windows.h>
 // Behind windows.h, whose types they need.
 #include <bits.h>
-#include <wrl/client.h>
 
 #include <cstdint>
 #include <memory>
@@ -11,21 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "reference_host/base/Com.h"
 #include "reference_host/download/BitsFailure.h"
 
 namespace refhost {
-
-template <typename Interface>
-using ComPtr = Microsoft::WRL::ComPtr<Interface>;
-
-/// COM for the current thread as long as the object lives.
-class ComApartment {
- public:
-  ComApartment();
-  ~ComApartment();
-  ComApartment(const ComApartment&) = delete;
-  ComApartment& operator=(const ComApartment&) = delete;
-};
 
 struct BitsFile {
   std::wstring url;
@@ -53,8 +41,8 @@ class BitsJob {
  public:
   using Manager = ComPtr<IBackgroundCopyManager>;
 
-  /// Finds BITS. One connection is to serve a whole download: under Wine BITS falls silent for good
-  /// when one is made while another thread lets go of its objects.
+  /// Finds BITS. One connection is to serve a whole download: more are needless, and one that is
+  /// made while another thread lets go of its objects can silence Wine's BITS for good.
   /// @param manager out, null on failure. @return S_OK or BITS's error.
   static HRESULT Connect(Manager& manager);
 

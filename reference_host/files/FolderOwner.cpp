@@ -9,6 +9,7 @@
 
 #include "reference_host/base/Handle.h"
 #include "reference_host/files/LongPath.h"
+#include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
 
@@ -68,9 +69,9 @@ std::wstring RefusalOfFolder(const std::wstring& path) {
   if (!folder) return L"it cannot be opened, error " + std::to_wstring(GetLastError());
   BY_HANDLE_FILE_INFORMATION found{};
   if (!GetFileInformationByHandle(folder.Get(), &found)) return L"it cannot be examined";
-  // Not every platform opens the link itself; its name then still tells that it is one.
-  const std::wstring refusal =
-      RefusalOfKind(found.dwFileAttributes | GetFileAttributesW(name.c_str()));
+  DWORD attributes = found.dwFileAttributes;
+  if (wine::IsInForce()) attributes = wine::AttributesByName(name.c_str(), attributes);
+  const std::wstring refusal = RefusalOfKind(attributes);
   return refusal.empty() ? RefusalOfOwner(folder.Get()) : refusal;
 }
 

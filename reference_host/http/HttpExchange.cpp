@@ -3,14 +3,13 @@
 #include <array>
 #include <cwchar>
 
+#include "reference_host/wine/Workarounds.h"
+
 namespace refhost {
 
 namespace {
 
 constexpr const wchar_t* SuiteAgent = L"TolmarHost/1.0";
-
-/// As many idle connections as one request is tried on, should the server have closed them.
-constexpr int MaxStaleConnections = 4;
 
 HINTERNET OpenSession() {
   // The machine's own proxy settings; systems before 8.1 know only the older way to ask for them.
@@ -101,19 +100,11 @@ bool ReadStatus(HINTERNET request, unsigned long& status) {
   return read;
 }
 
-/// @return the last error as one of WinHTTP's numbers, never 0; not every system turns those of the
-/// sockets below into its own.
+/// @return the last error, never 0.
 unsigned long LastError() {
   const unsigned long error = GetLastError();
   if (error == ERROR_SUCCESS) return ERROR_WINHTTP_INTERNAL_ERROR;
-  if (error == WSAETIMEDOUT) return ERROR_WINHTTP_TIMEOUT;
-  const bool fromSockets = error >= WSABASEERR && error < WINHTTP_ERROR_BASE;
-  return fromSockets ? ERROR_WINHTTP_CONNECTION_ERROR : error;
-}
-
-/// @return true when the connection ended before the head of a reply.
-bool IsBroken(unsigned long error) {
-  return error == ERROR_WINHTTP_CONNECTION_ERROR || error == ERROR_WINHTTP_INVALID_SERVER_RESPONSE;
+  return wine::IsInForce() ? wine::AsWinHttpError(error) : error;
 }
 
 }  // namespace
@@ -124,13 +115,12 @@ unsigned long HttpExchange::Send(const HttpCall& call) {
   if (!IsAllowedUrl(call.url)) return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
   _connection.reset(WinHttpConnect(Session(), url.host.c_str(), url.port, 0));
   if (!_connection) return LastError();
-  // A server may close an idle connection in the moment in which it is used again. Such a request
-  // has not been answered and goes out once more, in the end over a connection of its own.
-  unsigned long error = SendOnce(call, url);
-  for (int i = 0; i < MaxStaleConnections && !_madeAnew && IsBroken(error); ++i) {
-    error = SendOnce(call, url);
-  }
-  return error;
+  const unsigned long error = SendOnce(call, url);
+  if (!wine::IsInForce()) return error;
+  return wine::SendOverIdleConnections(error, [&]() -> std::optional<unsigned long> {
+    if (_madeAnew) return std::nullopt;
+    return SendOnce(call, url);
+  });
 }
 
 unsigned long HttpExchange::SendOnce(const HttpCall& call, const Url& url) {

@@ -1,5 +1,8 @@
 #include "reference_host/log/LogFile.h"
 
+#include "reference_host/base/FileLock.h"
+#include "reference_host/wine/Workarounds.h"
+
 namespace refhost {
 
 namespace {
@@ -10,32 +13,6 @@ Handle OpenForAppending(const std::wstring& path) {
                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
-
-/// Keeps the other processes' writers off one file. The locked byte lies where no log gets to, so
-/// that readers are not kept off; the system lets go of it when a process dies.
-class FileLock {
- public:
-  explicit FileLock(HANDLE file) : _file(file) {
-    OVERLAPPED where = Where();
-    _held = LockFileEx(_file, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &where) != 0;
-  }
-  ~FileLock() {
-    OVERLAPPED where = Where();
-    if (_held) UnlockFileEx(_file, 0, 1, 0, &where);
-  }
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-
- private:
-  static OVERLAPPED Where() {
-    OVERLAPPED where{};
-    where.OffsetHigh = 0x40000000;
-    return where;
-  }
-
-  HANDLE _file;
-  bool _held = false;
-};
 
 bool IsSameFile(HANDLE one, HANDLE other) {
   BY_HANDLE_FILE_INFORMATION a{}, b{};
@@ -57,7 +34,7 @@ bool LogFile::Open(const std::wstring& path, std::uint64_t maxBytes) {
 
 void LogFile::Append(const std::string& record) {
   if (IsFull(record.size())) Rotate(record.size());
-  const FileLock lock(_file.Get());
+  const wine::AppendLock lock(_file.Get());
   DWORD written = 0;
   WriteFile(_file.Get(), record.data(), static_cast<DWORD>(record.size()), &written, nullptr);
 }

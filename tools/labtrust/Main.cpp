@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/scriptrunner/UnderWine.h"
+#include "reference_host/wine/UnderWine.h"
 
 namespace {
 

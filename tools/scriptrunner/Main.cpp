@@ -4,9 +4,9 @@
 
 #include <cstdio>
 
+#include "reference_host/wine/UnderWine.h"
 #include "tools/scriptrunner/Errors.h"
 #include "tools/scriptrunner/Run.h"
-#include "tools/scriptrunner/UnderWine.h"
 #include "tools/scriptrunner/WindowsSystem.h"
 
 namespace {

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <windows.h>
+// Behind windows.h, whose types it needs.
+#include <bits.h>
+
+#include <functional>
+#include <optional>
+
+#include "reference_host/base/Com.h"
+#include "reference_host/base/FileLock.h"
+
+/// What Wine does otherwise than Windows documents, and what the suite does about it there. Each
+/// caller has the documented way beside it, which is the only one that is gone on Windows.
+namespace refhost::wine {
+
+/// @return true under Wine. The environment variable TOLMAR_AS_ON_WINDOWS, whatever it holds, makes
+/// it false there: for tests of the way of Windows, as far as Wine can go it.
+bool IsInForce();
+
+/// Wine's BITS refuses a call that comes while its service is still starting.
+/// @param connect in, called again when it fails. @return its last result.
+HRESULT ConnectAgain(const std::function<HRESULT()>& connect);
+
+/// Wine's BITS lets `Cancel` wait for the job's server, which may have fallen silent. Cancels on
+/// another thread and waits for that a moment only.
+void CancelAside(ComPtr<IBackgroundCopyJob> job);
+
+/// Wine's WinHTTP sends a request over an idle connection that the server has closed, and fails.
+/// Such a request has not been answered and goes out again, in the end over a new connection.
+/// @param error in, of the first try. @param sendAgain in, @return the error of one more try, or
+/// nothing when the last one had a connection of its own. @return the error of the last try.
+unsigned long SendOverIdleConnections(
+    unsigned long error, const std::function<std::optional<unsigned long>()>& sendAgain);
+
+/// Wine's WinHTTP hands on the numbers of the sockets below it.
+/// @return the error as one of WinHTTP's own.
+unsigned long AsWinHttpError(unsigned long error);
+
+/// Wine opens what a link leads to, also when the link itself is asked for: its name tells.
+/// @return the attributes of what stands at `path`, in addition to those of what was opened.
+DWORD AttributesByName(const wchar_t* path, DWORD opened);
+
+/// Wine appends by asking for a file's size and writing there, so that the records of two processes
+/// may fall into one place. Windows appends each as a whole.
+class AppendLock {
+ public:
+  explicit AppendLock(HANDLE file);
+
+ private:
+  std::optional<FileLock> _lock;
+};
+
+}  // namespace refhost::wine
