@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <system_error>
 
 #include "agent/AgentLog.h"
 #include "agent/ResultCodes.h"
@@ -45,11 +46,13 @@ void TolmarAgent::HandleDeviceConfigure() {
   InstallPreinstallSoftware();
 }
 
-void TolmarAgent::InstallPreinstallSoftware() {
+void TolmarAgent::InstallPreinstallSoftware() try {
   if (!_hasPreinstallSw) return;
   // Meant: an earlier worker's thread object is neither joined nor freed, CleanUp joins the newest
   // only.
   m_pPreinstallThread = new std::thread([this] { PreinstallSoftwareThrdRtn(); });
+} catch (const std::system_error&) {
+  // No thread is to be had: the titles wait for the next start, the agent works on without.
 }
 
 void TolmarAgent::PreinstallSoftwareThrdRtn() {

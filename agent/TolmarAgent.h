@@ -55,9 +55,19 @@ class TOLMAR_API TolmarAgent {
   unsigned long Initialize();
 
   /// Shut-down: unsubscribes, ends every retry wait, cleans up the download service and joins the
-  /// pre-install worker. The host calls it once, before it unloads the library and not on the
-  /// pre-install worker itself. Requests and installers that are under way are not cut off, their
-  /// end is waited for.
+  /// newest pre-install worker. The host calls it once, before it unloads the library and not on
+  /// the pre-install worker itself.
+  ///
+  /// Cut off, whoever has asked for it: retry waits, downloads, unpacking. Of the worker also: its
+  /// wait for an installer, which runs on, and its check scripts. Waited for: the worker's request
+  /// that is under way, for as long as the suite lets it take. Neither: what the host's own threads
+  /// have under way but for the three named first; their installers and check scripts are ended by
+  /// the handle that the host passed, so it signals that too, and waits for its threads itself.
+  ///
+  /// It hangs when an installation has ended with 39 because of its document's shape and a worker
+  /// was started meanwhile or is started after it: that worker waits for ever for its turn. A
+  /// notification that is being delivered is not waited for and may start a worker behind it: a
+  /// host that unloads the library first stops publishing.
   /// @throws std::system_error when the worker cannot be joined.
   void CleanUp();
 

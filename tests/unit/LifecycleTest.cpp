@@ -60,6 +60,20 @@ TEST_F(LifecycleTest, TheWorkerStartsWithAChangedEndpointOfARegisteredDevice) {
   }
 }
 
+TEST_F(LifecycleTest, AWorkerThatCannotBeStartedStopsNothingElse) {
+  fake.always["hasEntitlement"] = Preinstall;
+  fake.threadStarts = {false, false};
+  TolmarAgent::SetBaseUri(L"https://other");
+  Start();
+  EXPECT_EQ(fake.Count("subscribe"), 1U);
+  fake.baseUrl = L"https://third";
+  Notify(false, 4, 15);
+  EXPECT_EQ(fake.Count("d TolmarAgent: OnZLTNotification: Exit"), 1U);
+  EXPECT_EQ(fake.Count("d PreinstallSoftwareThrdRtn"), 0U);
+  EXPECT_TRUE(fake.threadStarts.empty());
+  Agent().CleanUp();  // There is none to be joined.
+}
+
 TEST_F(LifecycleTest, CleanUpUnsubscribesStopsAndThenCleansTheDownloadsUp) {
   const auto stopped = [&] { return WaitForSingleObject(StopEvent(), 0) == WAIT_OBJECT_0; };
   std::vector<bool> steps;
