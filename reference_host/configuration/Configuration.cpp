@@ -143,6 +143,7 @@ Configuration Read(const Reader& reader) {
   constexpr unsigned int Day = 24 * 60 * 60;
   reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
   reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
+  reader.Number("leaseWaitSeconds", 0u, Day, read.leaseWaitSeconds);
   constexpr unsigned int Hour = 60 * 60;
   reader.Number("requestTimeoutSeconds", 1u, Hour, read.requestTimeoutSeconds);
   reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);

@@ -20,6 +20,7 @@ struct Configuration {
   std::vector<std::string> trustedPublishers;   ///< SHA-256 thumbprints, 64 lower-case hex digits
   unsigned int processTimeoutSeconds = 600;     ///< for programs that are run to their end
   unsigned int installerTimeoutSeconds = 7200;  ///< for installers
+  unsigned int leaseWaitSeconds = 600;          ///< for another process's installation
   unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
   unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
   std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to

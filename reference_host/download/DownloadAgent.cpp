@@ -5,6 +5,7 @@
 #include <mutex>
 #include <thread>
 
+#include "host/common/FileSystem.h"
 #include "host/common/Log.h"
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
@@ -12,6 +13,7 @@
 #include "reference_host/base/RunningWork.h"
 #include "reference_host/download/BitsDownload.h"
 #include "reference_host/download/DownloadAgentOrder.h"
+#include "reference_host/download/LeaseWait.h"
 
 using namespace refhost;
 
@@ -121,6 +123,10 @@ bool DownloadAgent::DownloadFiles(std::wstring jobName, bool uploads, FileMap fi
     return false;
   }
   if (files.empty()) return true;
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  if (!WaitForLease(folder, m_pState->stopEvent, cancelHandle)) return false;
+  // Who had it before us has deleted its folder.
+  if (!FileSystem::createDirectory(folder, true)) return false;
   const auto download = std::make_shared<BitsDownload>(
       DownloadOrder{jobName, std::move(files), std::move(headers), Priority(priority), cancelHandle,
                     m_pState->stopEvent},

@@ -5,6 +5,7 @@
 #include "host/common/Log.h"
 #include "reference_host/files/FolderCreation.h"
 #include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/LongPath.h"
 
 namespace {
@@ -54,13 +55,20 @@ bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
   return refusal.empty();
 }
 
+/// What lies in the folder of another process's installation is that installation's alone.
 bool FileSystem::fileExists(const std::wstring& path) {
+  if (refhost::InstallationLease::OtherHolderOf(path)) return false;
   const DWORD attributes = GetFileAttributesW(refhost::LongPath(path).c_str());
   return IsThere(attributes) && !IsFolder(attributes);
 }
 
 bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive) {
   if (path.empty()) return false;
+  if (const auto other = refhost::InstallationLease::OtherHolderOf(path)) {
+    ZLT::g_log.e(L"FileSystem: %s is not deleted: %s installs from it", path.c_str(),
+                 refhost::InstallationLease::Description(*other).c_str());
+    return false;
+  }
   const std::wstring name = refhost::LongPath(path);
   if (recursive && IsPlainFolder(GetFileAttributesW(name.c_str()))) {
     // Its owner could put a link into a folder's place while the folder is being emptied.
@@ -69,7 +77,9 @@ bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive)
       return false;
     }
   }
-  return Delete(name, recursive);
+  const bool deleted = Delete(name, recursive);
+  refhost::InstallationLease::ReleaseWith(path);
+  return deleted;
 }
 
 std::wstring FileSystem::getFileName(const std::wstring& path) {

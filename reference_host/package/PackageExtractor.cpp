@@ -8,6 +8,8 @@
 #include "host/common/Log.h"
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/configuration/Folders.h"
+#include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/MemberName.h"
 #include "reference_host/package/CabinetFile.h"
 #include "reference_host/package/CabinetReader.h"
@@ -59,9 +61,22 @@ std::wstring CreateFolderBeside(const std::wstring& cabPath) {
                            std::to_string(GetLastError()));
 }
 
+/// A package that was there already needed no download, which takes the machine's lease.
+void TakeLease(const std::wstring& cabPath) {
+  const std::wstring folder = refhost::DownloadFolder();
+  if (cabPath.substr(0, cabPath.find_last_of(L'\\')) != folder) return;
+  std::wstring why;
+  if (refhost::InstallationLease::Take(folder, why) == refhost::InstallationLease::Answer::Taken) {
+    return;
+  }
+  throw std::runtime_error("the machine's lease is not to be had: " +
+                           ZLT::String::UTF16ToUTF8(why));
+}
+
 }  // namespace
 
 std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
+  TakeLease(cabPath);
   const CabinetFile cabinet(cabPath);
   const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
   if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");

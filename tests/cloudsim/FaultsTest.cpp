@@ -35,6 +35,7 @@ TEST_F(FaultsTest, EachKindChangesTheAnswer) {
       {"downloadProgress", R"("resultCode":-1)", 200, R"({"result":{"code":-1}})"},
       {"entitlement", R"("garbage":true)", 200, "<garbage {\"result\": ["},
       {"token", R"("garbage":true)", 200, "<garbage {\"result\": ["},
+      {"entitlement", R"("reply":"{}")", 200, "{}"},
       {"file:check.ps1", R"("garbage":true)", 200, inverted},
       {"file:check.ps1", R"("dropAfter":7)", 200, "exit 0\n"},  // behind the end: no drop
   };
@@ -145,6 +146,7 @@ TEST_F(FaultsTest, AListAtFaultIsRefusedAndTheOldOneStays) {
       {R"([{"on":"token","resultCode":5}])", "faults[0].resultCode: "},
       {R"([{"on":"entitlement","expired":true}])", "faults[0].expired: "},
       {R"([{"on":"token","garbage":false}])", "faults[0].garbage: must be true"},
+      {R"([{"on":"file:check.ps1","reply":"x"}])", "faults[0].reply: a file is"},
   };
   for (const auto& row : rows) {
     const auto reply = _client->Put("/faults", row.list, "application/json");

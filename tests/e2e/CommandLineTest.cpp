@@ -17,6 +17,49 @@ TEST(CommandLine, ListAndFilesPrintTheServicesDocuments) {
   EXPECT_EQ(unknown.json["code"].asInt(), 36);
 }
 
+TEST(CommandLine, WhatOnlyReadsChangesNothing) {
+  Lab lab({{"beta", true}});
+  for (const char* command : {"entitled", "list", "files T-beta M-beta", "status"}) {
+    EXPECT_EQ(lab.Run(command).exitStatus, 0) << command;
+  }
+  EXPECT_FALSE(lab.IsInstalled("beta"));
+  EXPECT_TRUE(lab.Received("downloadProgress").empty());
+  EXPECT_TRUE(lab.Received("installProgress").empty());
+  for (const Json::Value& file : lab.Received("file")) {
+    EXPECT_NE(file["name"].asString(), "beta.cab");
+  }
+}
+
+TEST(CommandLine, ATimeOutReachesTheStartToo) {
+  Lab lab({{"alpha"}});
+  lab.Configuration()["retryWaitScale"] = 1.0;  // A wait of a minute at the least.
+  lab.Fault(R"({"on":"hasEntitlement","call":0,"status":503})");
+  for (const char* command : {"run --for 2", "install --timeout 2", "configure --timeout 2"}) {
+    const RunResult run = lab.Run(command, 20);
+    EXPECT_EQ(run.exitStatus, 4) << command;
+    EXPECT_NE(run.errors.find("timed out while"), std::string::npos) << command << run.errors;
+  }
+}
+
+TEST(CommandLine, ConfigureSaysThatItGaveUp) {
+  Lab lab({{"slow", true}});
+  const RunResult run = lab.Run("configure --timeout 4", 30);
+  EXPECT_EQ(run.exitStatus, 4) << run.errors;
+  EXPECT_EQ(StatusOf(run, "slow"), "not installed");
+}
+
+TEST(CommandLine, AReplyOfAnotherShapeIsShownAndNoSuccess) {
+  Lab lab({{"alpha"}});
+  lab.Fault(
+      R"({"on":"entitlement","reply":"{\"result\":{\"code\":0,\"swList\":[5 /* note */,\"\u00fc\"]}}"})");
+  const RunResult run = lab.Run("list");
+  EXPECT_EQ(run.exitStatus, 1) << run.output;
+  EXPECT_EQ(
+      run.output,
+      "{\"code\":0,\"command\":\"list\",\"result\":{\"code\":0,\"swList\":[5,\"\\u00fc\"]}}\r\n");
+  EXPECT_NE(run.errors.find("not as agreed"), std::string::npos);
+}
+
 TEST(CommandLine, ResidentHostEndsAfterItsTime) {
   Lab lab({{"beta", true}});
   const RunResult run = lab.Run("run --for 1");

@@ -148,6 +148,25 @@ TEST(Failure, AfterAKilledDownloadTheNextOneSucceeds) {
   }
 }
 
+TEST(Failure, ASecondHostLeavesTheFirstOnesInstallationAlone) {
+  Lab lab({{"alpha"}});
+  lab.Fault(R"({"on":"file:alpha.cab","call":1,"delayMs":10000})");
+  RunResult second;
+  ASSERT_TRUE(lab.RunAndKill("install", [&] {
+    if (lab.Received("file").size() < 3) return false;  // It was asked for both and fetches one.
+    second = lab.Run("install --timeout 3");
+    return true;
+  }));
+  EXPECT_EQ(second.exitStatus, 4);
+  EXPECT_EQ(StatusOf(second, "alpha"), "not installed");
+  EXPECT_EQ(lab.Received("file").size(), 3U);
+  EXPECT_NE(lab.LogText("ZLT.log").find("waits for the lease: process "), std::string::npos);
+  EXPECT_NE(lab.LogText("ZLT.log").find("download is not deleted: process "), std::string::npos);
+  const RunResult third = lab.Run("install");  // The first one's death has given the lease back.
+  EXPECT_EQ(third.exitStatus, 0) << third.errors;
+  EXPECT_TRUE(lab.IsInstalled("alpha"));
+}
+
 TEST(Failure, FaultsOfTheCloudEndAsTheyShould) {
   const auto rows = std::to_array<FaultRow>({
       {"expired URL renewed", R"({"on":"downloadRequest","call":1,"expired":true})", 0,
@@ -210,7 +229,7 @@ TEST(Failure, UntrustedPublisherIsRefused) {
 TEST(Failure, CancelledInstallationEndsLongBeforeItsInstaller) {
   Lab lab({{"slow"}});
   const RunResult run = lab.Run("install --timeout 5", 60);  // The installer takes two minutes.
-  EXPECT_EQ(run.exitStatus, 1) << run.errors;
+  EXPECT_EQ(run.exitStatus, 4) << run.errors;
   EXPECT_EQ(run.json["code"].asInt(), 47);
   EXPECT_EQ(StatusOf(run, "slow"), "not installed");
   EXPECT_NE(lab.LogText("TolmarAgent.log").find("Installation cancelled by CancelEvent"),
@@ -221,7 +240,7 @@ TEST(Failure, CancelledDownloadEndsLongBeforeItsFile) {
   Lab lab({{"alpha"}});
   lab.Fault(R"({"on":"file:alpha.cab","call":0,"delayMs":120000})");
   const RunResult run = lab.Run("install --timeout 3", 60);
-  EXPECT_EQ(run.exitStatus, 1) << run.errors;
+  EXPECT_EQ(run.exitStatus, 4) << run.errors;
   EXPECT_EQ(run.json["code"].asUInt(), 0xFFFFFFFFU);
   EXPECT_EQ(StatusOf(run, "alpha"), "not installed");
 }
@@ -231,7 +250,7 @@ TEST(Failure, StopEndsARetryWaitAtOnce) {
   lab.Configuration()["retryWaitScale"] = 1.0;  // A wait of a minute at the least.
   lab.Fault(R"({"on":"entitlement","call":0,"status":503})");
   const RunResult run = lab.Run("install --timeout 2", 30);
-  EXPECT_EQ(run.exitStatus, 1) << run.errors;
+  EXPECT_EQ(run.exitStatus, 4) << run.errors;
   EXPECT_EQ(run.json["code"].asInt(), 503);
   EXPECT_EQ(lab.Received("entitlement").size(), 1U);
   EXPECT_NE(lab.LogText("TolmarAgent.log").find("GetEntitledSoftware: _hStopEvent Signaled"),

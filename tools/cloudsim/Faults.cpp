@@ -63,14 +63,21 @@ void ReadKind(const JsonNode& node, Fault& fault) {
     if (row.isFlag && fault.value == 0) member->Fail("must be true");
     RequireMeaning(*member, fault);
   }
+  if (const std::optional<JsonNode> reply = node.Find("reply")) {
+    ++found;
+    fault.kind = FaultKind::Reply;
+    fault.reply = reply->Text();
+    if (IsFile(fault.on)) reply->Fail("a file is what the catalogue has");
+  }
   if (found != 1) {
-    node.Fail("must have one of status, delayMs, dropAfter, garbage, resultCode and expired");
+    node.Fail(
+        "must have one of status, delayMs, dropAfter, garbage, resultCode, expired and reply");
   }
 }
 
 Fault ReadFault(const JsonNode& node, const std::function<bool(const std::string&)>& isFile) {
   node.RequireOnly({"on", "call", "count", "status", "delayMs", "dropAfter", "garbage",
-                    "resultCode", "expired"});
+                    "resultCode", "expired", "reply"});
   Fault fault;
   fault.on = ReadOn(node.At("on"), isFile);
   if (const auto call = node.Find("call")) fault.call = call->Number(0, Many);

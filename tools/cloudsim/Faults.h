@@ -12,7 +12,7 @@ namespace cloudsim {
 
 class JsonNode;
 
-enum class FaultKind { Status, DelayMs, DropAfter, Garbage, ResultCode, Expired };
+enum class FaultKind { Status, DelayMs, DropAfter, Garbage, ResultCode, Expired, Reply };
 
 /// What goes wrong, and for which calls of what.
 struct Fault {
@@ -21,6 +21,7 @@ struct Fault {
   std::int64_t count = 1;  ///< for how many calls from `call` on
   FaultKind kind = FaultKind::Status;
   std::int64_t value = 1;  ///< HTTP status, milliseconds, bytes or result code, by kind
+  std::string reply{};     ///< body of the answer, for that kind
 
   bool Is(FaultKind wanted) const { return kind == wanted; }
 };

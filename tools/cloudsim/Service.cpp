@@ -207,6 +207,7 @@ void Service::Deliver(const httplib::Request& request, httplib::Response& respon
   }
   const bool isFile = exchange.type == FileType;  // A file's garbage comes from the file.
   if (Has(fault, FaultKind::Garbage) && !isFile) answer.contents = GarbageContents();
+  if (Has(fault, FaultKind::Reply)) answer.contents = TextContents(fault->reply, JsonMediaType);
   if (Has(fault, FaultKind::DropAfter)) {
     answer.contents =
         BrokenAfter(std::move(answer.contents), static_cast<std::uint64_t>(fault->value));

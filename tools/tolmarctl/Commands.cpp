@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 
 #include "agent/TolmarAgent.h"
@@ -14,8 +15,23 @@ namespace {
 
 constexpr unsigned int DeviceTopic = 4;
 constexpr unsigned int DeviceConfigured = 15;
-constexpr unsigned int DefaultConfigureSeconds = 600;
-constexpr DWORD SettlePollMs = 1000;
+constexpr DWORD FirstPauseMs = 1000;
+constexpr DWORD LongestPauseMs = 30000;
+
+/// A manual-reset event that lives as long as somebody may still set it.
+class Event {
+ public:
+  Event() = default;
+  ~Event() { CloseHandle(_event); }
+  Event(const Event&) = delete;
+  Event& operator=(const Event&) = delete;
+
+  HANDLE Get() const { return _event; }
+  void Set() { SetEvent(_event); }
+
+ private:
+  HANDLE _event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+};
 
 Outcome Entitled(TolmarAgent& agent, const Options&, HANDLE) {
   unsigned char entitled = 0;
@@ -62,24 +78,33 @@ bool IsPreinstallDone(const Json::Value& document) {
   });
 }
 
+/// Announces DEVICE_CONFIGURE and waits until the agent has dealt with it: the bus delivers to its
+/// subscribers one after the other, and the agent was there first.
+void Announce(HANDLE cancel) {
+  ZLTPublisherSubscriber& bus = *ZLTPublisherSubscriber::GetInstance();
+  const auto delivered = std::make_shared<Event>();
+  const std::wstring id =
+      bus.Subscribe([delivered](ZLTNotificationData&) { delivered->Set(); }, false);
+  bus.Publish(ZLTNotificationData(false, DeviceTopic, DeviceConfigured), 0);
+  const HANDLE either[] = {delivered->Get(), cancel};
+  WaitForMultipleObjects(2, either, FALSE, INFINITE);
+  bus.Unsubscribe(id);
+}
+
 /// Waits for the pre-install worker. The agent tells nobody when its worker has ended, but
 /// installations wait for each other: an empty one returns when none is running, and the check
-/// scripts tell what is installed by then.
+/// scripts tell what is installed by then. Each round asks the service, so they get rarer.
 Outcome Configure(TolmarAgent& agent, const Options& options, HANDLE cancel) {
-  const ULONGLONG seconds =
-      options.timeoutSeconds ? options.timeoutSeconds : DefaultConfigureSeconds;
-  const ULONGLONG deadline = GetTickCount64() + seconds * 1000;
-  ZLTPublisherSubscriber::GetInstance()->Publish(
-      ZLTNotificationData(false, DeviceTopic, DeviceConfigured),
-      static_cast<unsigned int>(seconds * 1000));
+  Announce(cancel);
   Options preinstall = options;
   preinstall.preinstallOnly = true;
-  for (;;) {
+  for (DWORD pauseMs = FirstPauseMs;; pauseMs = std::min(2 * pauseMs, LongestPauseMs)) {
     Json::Value none(Json::objectValue);
     agent.InstallEntitledSoftware(none, cancel, true);
     Outcome outcome = Status(agent, preinstall, cancel);
-    if (outcome.code != 0 || IsPreinstallDone(outcome.result) || GetTickCount64() >= deadline ||
-        WaitForSingleObject(cancel, SettlePollMs) != WAIT_TIMEOUT) {
+    outcome.isDone = outcome.code == 0 && IsPreinstallDone(outcome.result);
+    if (outcome.code != 0 || outcome.isDone ||
+        WaitForSingleObject(cancel, pauseMs) != WAIT_TIMEOUT) {
       return outcome;
     }
   }

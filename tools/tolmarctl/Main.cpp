@@ -2,19 +2,21 @@
 // Behind windows.h, whose types it needs.
 #include <shellapi.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <thread>
 
 #include "agent/TolmarAgent.h"
+#include "host/common/EpUrlProvider.h"
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
 #include "tools/tolmarctl/CancelWatch.h"
+#include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
 
 namespace {
-
-constexpr int ExitUsage = 2;
 
 std::vector<std::string> Arguments() {
   int count = 0;
@@ -36,17 +38,63 @@ bool StartHost(const Options& options) {
   return false;
 }
 
+/// A command that only reads starts no pre-install worker: what does that is an endpoint which the
+/// agent was not told before.
+void TellEndpoint() {
+  std::wstring base, realm;
+  EpUrlProvider::GetInstance()->GetBaseUrl(base);
+  EpUrlProvider::GetInstance()->GetRealm(realm);
+  TolmarAgent::SetBaseUri(base);
+  TolmarAgent::SetRealm(realm);
+}
+
+/// The agent asks the service while it starts, with waits of many minutes when that is down, and
+/// nothing can end these.
+/// @return null when the run was cancelled before the agent had started.
+TolmarAgent* StartAgent(HANDLE cancel) {
+  static std::atomic<TolmarAgent*> agent{nullptr};
+  const HANDLE started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  std::thread([started] {
+    agent = TolmarAgent::GetInstance();
+    SetEvent(started);
+  }).detach();
+  const HANDLE either[] = {started, cancel};
+  WaitForMultipleObjects(2, either, FALSE, INFINITE);
+  return agent;
+}
+
+/// Nothing but a query is under way while the agent starts: ending the process harms nobody.
+[[noreturn]] void EndAtStart(CancelWatch::Cause cause) {
+  const bool timedOut = cause == CancelWatch::Cause::Time;
+  std::fprintf(stderr, "tolmarctl: %s while the agent was asking the service at its start\n",
+               timedOut ? "timed out" : "cancelled");
+  std::fflush(nullptr);
+  const int status = timedOut ? ExitStatus::TimedOut : ExitStatus::Cancelled;
+  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+  std::abort();
+}
+
 /// Runs the command and shuts the agent down, whichever way the command ends. A cancelled run shuts
 /// it down at once, since only that ends the wait between two tries of a query. The cancel event
 /// outlives the agent's work: the agent may hold it as its newest caller handle.
-Outcome RunWithAgent(const Options& options) {
-  TolmarAgent& agent = *TolmarAgent::GetInstance();
+Outcome RunWithAgent(const Options& options, CancelWatch& watch) {
+  if (options.IsReadOnly()) TellEndpoint();
+  TolmarAgent* const agent = StartAgent(watch.Event());
+  if (agent == nullptr) EndAtStart(watch.Why());
   std::once_flag cleaned;
-  const auto cleanUp = [&] { std::call_once(cleaned, [&] { agent.CleanUp(); }); };
-  const CancelWatch cancel(options.timeoutSeconds, cleanUp);
-  Outcome outcome = RunCommand(agent, options, cancel.Event());
+  const auto cleanUp = [&] { std::call_once(cleaned, [&] { agent->CleanUp(); }); };
+  watch.OnCancel(cleanUp);
+  Outcome outcome = RunCommand(*agent, options, watch.Event());
   cleanUp();
+  watch.OnCancel(nullptr);
   return outcome;
+}
+
+int StatusOf(const Options& options, const Outcome& outcome, CancelWatch::Cause cause) {
+  if (options.command == "run" && cause == CancelWatch::Cause::Time) return ExitStatus::Success;
+  if (outcome.code == 0 && outcome.isDone && options.command != "run") return ExitStatus::Success;
+  if (cause == CancelWatch::Cause::Console) return ExitStatus::Cancelled;
+  return cause == CancelWatch::Cause::Time ? ExitStatus::TimedOut : ExitStatus::Failure;
 }
 
 }  // namespace
@@ -55,8 +103,10 @@ int main() {
   Options options;
   int exitStatus = 0;
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
-  if (!StartHost(options)) return ExitUsage;
-  const Outcome outcome = RunWithAgent(options);
-  PrintOutcome(options, outcome);
-  return outcome.code == 0 ? 0 : 1;
+  if (!StartHost(options)) return ExitStatus::Usage;
+  CancelWatch watch(options.timeoutSeconds);
+  const Outcome outcome = RunWithAgent(options, watch);
+  const int status = StatusOf(options, outcome, watch.Why());
+  if (!PrintOutcome(options, outcome) && status == ExitStatus::Success) return ExitStatus::Failure;
+  return status;
 }

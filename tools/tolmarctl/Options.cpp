@@ -5,6 +5,7 @@
 
 namespace {
 
+constexpr unsigned int DefaultConfigureSeconds = 600;
 constexpr unsigned int MaxSeconds = 7 * 24 * 3600;  ///< a week: fits a wait in milliseconds
 
 void AddSeconds(CLI::App* command, const std::string& name, Options& options,
@@ -27,11 +28,18 @@ void AddCommands(CLI::App& app, Options& options) {
   CLI::App* configure = app.add_subcommand(
       "configure", "announce that the device was configured, wait for pre-install");
   AddSeconds(configure, "--timeout", options, "give up waiting after this many seconds (600)");
+  configure->parse_complete_callback([&options] {
+    if (options.timeoutSeconds == 0) options.timeoutSeconds = DefaultConfigureSeconds;
+  });
   AddSeconds(app.add_subcommand("run", "stay resident until Ctrl-C"), "--for", options,
              "end after this many seconds");
 }
 
 }  // namespace
+
+bool Options::IsReadOnly() const {
+  return command != "run" && command != "configure" && command != "install";
+}
 
 bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exitStatus) {
   CLI::App app("Drives TolmarAgent.dll as a host would.", "tolmarctl");

@@ -12,6 +12,9 @@ struct Options {
   unsigned int timeoutSeconds = 0;  ///< 0: none
   std::string l1FruPn;
   std::string moduleFruPn;
+
+  /// @return true for a command that changes nothing on the device.
+  bool IsReadOnly() const;
 };
 
 /// Reads the command line (UTF-8, without the program's name).

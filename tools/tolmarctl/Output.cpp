@@ -1,11 +1,57 @@
 #include "tools/tolmarctl/Output.h"
 
 #include <json/writer.h>
+#include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
 namespace {
+
+/// A console shows its own code page unless it is told that text is UTF-8; it is left as it was.
+class Utf8Console {
+ public:
+  Utf8Console() { SetConsoleOutputCP(CP_UTF8); }
+  ~Utf8Console() {
+    std::fflush(stdout);
+    SetConsoleOutputCP(_before);
+  }
+  Utf8Console(const Utf8Console&) = delete;
+  Utf8Console& operator=(const Utf8Console&) = delete;
+
+ private:
+  const UINT _before = GetConsoleOutputCP();
+};
+
+/// Beyond ASCII everything is escaped: a reader need not know what a console or a pipe makes of it.
+std::string OnOneLine(const Json::Value& value) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  builder["commentStyle"] = "None";
+  return Json::writeString(builder, value);
+}
+
+/// @return true when the service's list has the shape that is agreed upon.
+bool IsTitle(const Json::Value& title) {
+  return title.isObject() && title["l1FruPn"].isString() && !title["name"].isObject() &&
+         !title["name"].isArray() && title["preinstallSw"].isConvertibleTo(Json::booleanValue) &&
+         title["status"].isConvertibleTo(Json::stringValue);
+}
+bool IsFile(const Json::Value& file) {
+  return file.isObject() && file["name"].isString() && file["size"].isInt() &&
+         file["crc"].isConvertibleTo(Json::stringValue);
+}
+
+/// @return the list of that name, null when there is none.
+const Json::Value& ListOf(const Json::Value& result, const char* name) {
+  static const Json::Value none;
+  return result.isObject() ? result[name] : none;
+}
+
+bool AreAll(const Json::Value& list, bool (*isSo)(const Json::Value&)) {
+  return (list.isNull() || list.isArray()) && std::all_of(list.begin(), list.end(), isSo);
+}
 
 void PrintJson(const Options& options, const Outcome& outcome) {
   Json::Value root;
@@ -16,38 +62,45 @@ void PrintJson(const Options& options, const Outcome& outcome) {
   } else {
     root["result"] = outcome.result.isNull() ? Json::Value(Json::objectValue) : outcome.result;
   }
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  builder["emitUTF8"] = true;
-  std::puts(Json::writeString(builder, root).c_str());
+  std::puts(OnOneLine(root).c_str());
 }
 
 void PrintTitle(const Json::Value& title) {
+  if (!IsTitle(title)) {
+    std::printf("  (no title: %s)\n", OnOneLine(title).c_str());
+    return;
+  }
   std::printf("  %-16s %-24s %s%s\n", title["l1FruPn"].asCString(),
               title.get("name", "").asString().c_str(), title.get("status", "").asString().c_str(),
               title["preinstallSw"].asBool() ? "  (pre-install)" : "");
 }
 
 void PrintFile(const Json::Value& file) {
+  if (!IsFile(file)) {
+    std::printf("  (no file: %s)\n", OnOneLine(file).c_str());
+    return;
+  }
   std::printf("  %-32s %10d bytes  crc %s\n", file["name"].asCString(), file["size"].asInt(),
               file["crc"].asString().c_str());
 }
 
 void PrintText(const Options& options, const Outcome& outcome) {
+  const Utf8Console console;
   if (options.command == "entitled" && outcome.code == 0) {
     std::puts(outcome.hasEntitlement ? "entitled" : "not entitled");
   }
-  if (outcome.result.isObject()) {
-    for (const Json::Value& title : outcome.result["swList"]) PrintTitle(title);
-    for (const Json::Value& file : outcome.result["fileList"]) PrintFile(file);
-  }
+  for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
+  for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
+  if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
   std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
 }
 
 }  // namespace
 
-void PrintOutcome(const Options& options, const Outcome& outcome) try {
+bool PrintOutcome(const Options& options, const Outcome& outcome) {
   options.json ? PrintJson(options, outcome) : PrintText(options, outcome);
-} catch (const Json::Exception& error) {
-  std::fprintf(stderr, "tolmarctl: unexpected reply: %s\n", error.what());
+  const bool isAsAgreed = AreAll(ListOf(outcome.result, "swList"), IsTitle) &&
+                          AreAll(ListOf(outcome.result, "fileList"), IsFile);
+  if (!isAsAgreed) std::fputs("tolmarctl: the service's reply is not as agreed\n", stderr);
+  return isAsAgreed;
 }

@@ -3,4 +3,6 @@
 #include "tools/tolmarctl/Commands.h"
 
 /// Prints what a command came to on standard output: one JSON object, or lines for a person.
-void PrintOutcome(const Options& options, const Outcome& outcome);
+/// @return false when an entry of a reply has not the shape that is agreed upon; it is printed as
+/// it is.
+bool PrintOutcome(const Options& options, const Outcome& outcome);

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "host/common/DownloadAgent.h"
+#include "host/common/FileSystem.h"
 #include "host/common/Log.h"
 #include "host/common/ProcessWrap.h"
 #include "host/common/Text.h"
@@ -76,6 +78,20 @@ int HoldMark(const std::string& name) {
   return WaitForEvent(name.c_str());
 }
 
+/// Downloads the file "held.cab", which gives this process the machine's lease, and waits.
+int HoldLease(const std::string& name, const char* url) {
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  FileSystem::createDirectory(folder, true);
+  GUID id{};
+  const bool done = DownloadAgent::GetInstance(L"Holder", {}, {}, {})
+                        ->DownloadFiles(L"Holder", false,
+                                        {{ZLT::String::UTF8ToUTF16(url), folder + L"\\held.cab"}},
+                                        L"", id, nullptr, 1);
+  if (!done) return 1;
+  SetEvent(OpenEventA(EVENT_MODIFY_STATE, FALSE, (name + "-ready").c_str()));
+  return WaitForEvent(name.c_str());
+}
+
 /// @return 0 when standard input is at its end at once.
 int ReadInput() { return std::getchar() == EOF ? 0 : 7; }
 
@@ -103,6 +119,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   const std::string mode = count > 1 ? arguments[1] : "";
   const char* first = count > 2 ? arguments[2] : "";
   if (mode == "--start") return StartSuite();
+  if (mode == "--lease" && count > 3) return HoldLease(first, arguments[3]);
   if (mode == "--append" && count > 3) return AppendRecords(first, arguments[3]);
   if (mode == "--exit") return std::atoi(first);
   if (mode == "--wait") return WaitForEvent(first);

@@ -134,6 +134,7 @@ TEST_F(DownloadAgentTest, WhatTheDiskDoesNotTakeIsNotBegun) {
   EXPECT_EQ(download.errors[0].errorCode, isLimited ? TooLarge : FullDisk);
   EXPECT_EQ(Gets("/huge"), 0U);
   if (!isLimited) return;
+  FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
   Json::Value changes;  // Once more, where it is the disk alone that is too small.
   changes["maxFileBytes"] = Json::UInt64{1} << 51;
   std::string output;
@@ -270,6 +271,69 @@ TEST_F(DownloadAgentTest, AJobThatADeadProcessHasLeftIsOutOfTheWay) {
   orphan->Release();
   manager->Release();
   CoUninitialize();
+}
+
+/// A process of this program that has the machine's lease and the file "held.cab".
+class LeaseHolder {
+ public:
+  explicit LeaseHolder(const std::wstring& url) {
+    wchar_t program[MAX_PATH];
+    GetModuleFileNameW(nullptr, program, MAX_PATH);
+    std::wstring line = L"\"" + std::wstring(program) + L"\" --lease TolmarLease " + url;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &_process)) {
+      return;
+    }
+    const HANDLE either[] = {_ready, _process.hProcess};
+    _holds = WaitForMultipleObjects(2, either, FALSE, 20000) == WAIT_OBJECT_0;
+  }
+  ~LeaseHolder() {
+    Kill();
+    for (const HANDLE handle : {_ready, _end, _process.hProcess, _process.hThread}) {
+      CloseHandle(handle);
+    }
+  }
+  LeaseHolder(const LeaseHolder&) = delete;
+  LeaseHolder& operator=(const LeaseHolder&) = delete;
+
+  bool Holds() const { return _holds; }
+  std::string Name() const { return "process " + std::to_string(_process.dwProcessId) + " ("; }
+  void Kill() {
+    TerminateProcess(_process.hProcess, 1);
+    WaitForSingleObject(_process.hProcess, 20000);
+  }
+
+ private:
+  const HANDLE _ready = CreateEventW(nullptr, TRUE, FALSE, L"TolmarLease-ready");
+  const HANDLE _end = CreateEventW(nullptr, TRUE, FALSE, L"TolmarLease");  ///< never set
+  PROCESS_INFORMATION _process{};
+  bool _holds = false;
+};
+
+TEST_F(DownloadAgentTest, OneProcessInstallsAtATime) {
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  Download download;
+  LeaseHolder holder(server.Url(L"/whole?holder"));
+  const std::wstring held = InFolder(L"held.cab");
+  ASSERT_TRUE(holder.Holds() && GetFileAttributesW(held.c_str()) != INVALID_FILE_ATTRIBUTES);
+  EXPECT_FALSE(FileSystem::fileExists(held));
+  EXPECT_FALSE(FileSystem::deleteDirectoryOrFile(folder, true));
+  EXPECT_NE(TestMachine::LastError().find(holder.Name()), std::string::npos);
+  server.Script([](const HttpSeen&) { return HttpAnswer{.status = 500}; });  // forgets the above
+  EXPECT_FALSE(download.Run({{Url(L"/whole"), held}}));                      // leaseWaitSeconds
+  EXPECT_NE(TestMachine::LastError().find("lease: " + holder.Name()), std::string::npos);
+  SetEvent(download.cancel);
+  EXPECT_FALSE(download.Run({{Url(L"/whole"), held}}));
+  EXPECT_TRUE(server.Seen().empty());
+  EXPECT_EQ(TestMachine::ReadFile(held).size(), 100000U);
+  holder.Kill();
+  Restart();
+  Download another;  // empties the folder
+  EXPECT_TRUE(another.Run({{Url(L"/other"), held}}));
+  EXPECT_TRUE(FileSystem::fileExists(held));
+  EXPECT_EQ(TestMachine::ReadFile(held).size(), 3000U);
 }
 
 TEST(DownloadAgent, OneNameHasOneServiceWithItsFirstCallbacks) {

@@ -42,6 +42,7 @@ Json::Value Configuration() {
   root["processTimeoutSeconds"] = 20;
   root["logMaxBytes"] = 65536;
   root["downloadStallSeconds"] = 3;
+  root["leaseWaitSeconds"] = 2;
   root["maxFileBytes"] = 1 << 18;
   root["retryWaitScale"] = 0.5;
   return root;
