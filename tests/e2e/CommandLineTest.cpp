@@ -60,9 +60,27 @@ TEST(CommandLine, AReplyOfAnotherShapeIsShownAndNoSuccess) {
   EXPECT_NE(run.errors.find("not as agreed"), std::string::npos);
 }
 
+TEST(CommandLine, ExplainsCodesAndCauses) {
+  Lab lab({});
+  const struct {
+    const char* subject;
+    int exitStatus;
+    const char* id;
+  } rows[] = {{"30", 0, "token.none"},
+              {"0xFFFFFFFF", 0, "title.nothing-done"},
+              {"package.publisher", 0, "package.publisher"},
+              {"99", 2, ""},
+              {"nonsense", 2, ""}};
+  for (const auto& row : rows) {
+    const RunResult run = lab.Run(std::string("explain ") + row.subject);
+    EXPECT_EQ(run.exitStatus, row.exitStatus) << row.subject;
+    EXPECT_EQ(run.json["causes"][0]["id"].asString(), row.id) << row.subject;
+  }
+}
+
 TEST(CommandLine, ResidentHostEndsAfterItsTime) {
   Lab lab({{"beta", true}});
-  const RunResult run = lab.Run("run --for 1");
+  const RunResult run = lab.Run("run --for 3");
   EXPECT_EQ(run.exitStatus, 0) << run.errors;
   EXPECT_EQ(run.json["code"].asInt(), 0);
 }
@@ -70,7 +88,9 @@ TEST(CommandLine, ResidentHostEndsAfterItsTime) {
 TEST(CommandLine, ServiceThatRefusesTheDeviceGivesItsCode) {
   Lab lab({{"alpha"}});
   lab.Configuration()["sessionToken"] = "another";
-  EXPECT_EQ(lab.Run("list").json["code"].asInt(), 30);  // No token was to be had.
+  const RunResult list = lab.Run("list");
+  EXPECT_EQ(list.json["code"].asInt(), 30);
+  EXPECT_EQ(list.json["cause"].asString(), "token.none");
   lab.Configuration()["registered"] = false;
   EXPECT_EQ(lab.Run("entitled").json["code"].asInt(), 62);
 }

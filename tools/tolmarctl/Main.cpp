@@ -14,6 +14,7 @@
 #include "reference_host/Startup.h"
 #include "tools/tolmarctl/CancelWatch.h"
 #include "tools/tolmarctl/ExitStatus.h"
+#include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Output.h"
 
 namespace {
@@ -103,6 +104,7 @@ int main() {
   Options options;
   int exitStatus = 0;
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
+  if (options.command == "explain") return Explain(options);
   if (!StartHost(options)) return ExitStatus::Usage;
   CancelWatch watch(options.timeoutSeconds);
   const Outcome outcome = RunWithAgent(options, watch);

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <string>
 
+#include "tools/tolmarctl/Explain.h"
+
 namespace {
 
 /// A console shows its own code page unless it is told that text is UTF-8; it is left as it was.
@@ -62,7 +64,8 @@ void PrintJson(const Options& options, const Outcome& outcome) {
   } else {
     root["result"] = outcome.result.isNull() ? Json::Value(Json::objectValue) : outcome.result;
   }
-  std::puts(OnOneLine(root).c_str());
+  if (outcome.code != 0) root["cause"] = CauseIdOf(outcome.code);
+  PrintJsonLine(root);
 }
 
 void PrintTitle(const Json::Value& title) {
@@ -93,9 +96,12 @@ void PrintText(const Options& options, const Outcome& outcome) {
   for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
   if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
   std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
+  if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);
 }
 
 }  // namespace
+
+void PrintJsonLine(const Json::Value& document) { std::puts(OnOneLine(document).c_str()); }
 
 bool PrintOutcome(const Options& options, const Outcome& outcome) {
   options.json ? PrintJson(options, outcome) : PrintText(options, outcome);

@@ -2,6 +2,9 @@
 
 #include "tools/tolmarctl/Commands.h"
 
+/// Prints a document as one line of ASCII without comments, on standard output.
+void PrintJsonLine(const Json::Value& document);
+
 /// Prints what a command came to on standard output: one JSON object, or lines for a person.
 /// @return false when an entry of a reply has not the shape that is agreed upon; it is printed as
 /// it is.
