@@ -162,7 +162,7 @@ measure_status() {
   for number in 1 16 64 128 256; do
     anew delivery_bench status --rounds 1 --titles "$number"
     point "installed-state query, by titles" s "$number" "$SAMPLES"
-    point "threads of an installed-state query" threads "$number" "$SAMPLES" threads
+    point "threads of an installed-state query, by titles" threads "$number" "$SAMPLES" threads
   done
 }
 

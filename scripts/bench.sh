@@ -23,6 +23,16 @@ gathered() {
   done
 }
 
+# draw: what was gathered, as bench/performance.gp wants it.
+draw() {
+  awk -F'\t' -v OFS='\t' '$5 != "-" { split($6, spread, "–"); gsub(/[^0-9.]/, "", $7)
+    print $1, $5, spread[1], spread[2], $7 }' "$RESULTS/rows" >"$RESULTS/ratios"
+  gathered .curve.tsv | awk -F'\t' -v OFS='\t' '
+    $1 != last { last = axis = $1; sub(/.*, by /, "", axis); print (NR > 1 ? "\n\n" : "") $1, $2, axis }
+    { print $3, $4 }' >"$RESULTS/curves"
+  gnuplot -e "ratios='$RESULTS/ratios'; curves='$RESULTS/curves'; picture='docs/img/performance.svg'" bench/performance.gp
+}
+
 machine() {
   local model
   model=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
@@ -36,10 +46,9 @@ write_page() {
 
 rm -f "$RESULTS"/*.tsv
 for benchmark in "${BENCHMARKS[@]}"; do bash "scripts/bench-$benchmark.sh"; done
-bash scripts/build.sh plot
+bash scripts/deps.sh gnuplot-nox
 gathered .tsv >"$RESULTS/rows"
-gathered .curve.tsv >"$RESULTS/points"
-"$BUILD/native/bin/bench_plot" "$RESULTS/rows" "$RESULTS/points" docs/img/performance.svg
+draw
 { machine "$SECONDS" && echo && echo "$TABLE_HEAD" && as_table <"$RESULTS/rows"; } >"$RESULTS/table.md"
 write_page "$RESULTS/table.md"
 echo

@@ -2,7 +2,7 @@
 # A part's rows stand in build/bench/PART.tsv, one a line:
 #   what <TAB> agent <TAB> floor <TAB> unit <TAB> ratio <TAB> spread <TAB> target        ("-": there is none)
 # and its curves in build/bench/PART.curve.tsv, one point a line:
-#   curve <TAB> unit <TAB> number on the axis <TAB> value
+#   curve, by what <TAB> unit <TAB> number on the axis <TAB> value
 RESULTS=$BUILD/bench
 
 # begin_part NAME: the part that rows and points are of from now on.
