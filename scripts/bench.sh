@@ -1,46 +1,9 @@
 #!/usr/bin/env bash
-# ./dev bench NAME [ARGUMENT…] runs one benchmark, scripts/bench-NAME.sh; without a name, those that feed the table and
-# the plot of docs/performance.md, which are written anew.
+# ./dev bench NAME [ARGUMENT…] runs one benchmark, bench/NAME/run.sh; without a name, those of docs/performance.md.
 source scripts/common.sh
-source scripts/measure.sh
-BENCHMARKS=(delivery micro load)
-PARTS=(install exchange status download extract footprint micro load) # of all of them, in the table's order
-PAGE=docs/performance.md
-
-if [ $# -gt 0 ]; then
-  name=$1
-  [ -f "scripts/bench-$name.sh" ] ||
-    die "usage: ./dev bench [$(ls scripts/bench-*.sh | sed 's|.*/bench-\(.*\)\.sh|\1|' | paste -sd '|') [ARGUMENT…]]"
-  shift
-  exec bash "scripts/bench-$name.sh" "$@"
-fi
-
-# gathered KIND: the parts' files of that kind, one behind the other.
-gathered() {
-  local part
-  for part in "${PARTS[@]}"; do
-    [ ! -f "$RESULTS/$part$1" ] || cat "$RESULTS/$part$1"
-  done
-}
-
-machine() {
-  local model
-  model=$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)
-  echo "Measured on $(date -u +%F): $model, $(nproc) cores, Linux $(uname -r), $(wine --version 2>/dev/null). \`./dev bench\`, $1 s."
-}
-
-# Replaces what stands between the page's two marks.
-write_page() {
-  sed -i -e "/<!-- measured -->/,/<!-- end -->/{/<!-- measured -->/{p;r $1" -e '};/<!-- end -->/!d}' "$PAGE"
-}
-
-rm -f "$RESULTS"/*.tsv
-for benchmark in "${BENCHMARKS[@]}"; do bash "scripts/bench-$benchmark.sh"; done
-bash scripts/build.sh plot
-gathered .tsv >"$RESULTS/rows"
-gathered .curve.tsv >"$RESULTS/points"
-"$BUILD/native/bin/bench_plot" "$RESULTS/rows" "$RESULTS/points" docs/img/performance.svg
-{ machine "$SECONDS" && echo && echo "$TABLE_HEAD" && as_table <"$RESULTS/rows"; } >"$RESULTS/table.md"
-write_page "$RESULTS/table.md"
-echo
-cat "$RESULTS/table.md"
+[ $# -gt 0 ] || exec bash bench/page.sh
+name=$1
+shift
+[ -f "bench/$name/run.sh" ] ||
+  die "usage: ./dev bench [$(ls bench/*/run.sh | sed 's|bench/\(.*\)/run.sh|\1|' | paste -sd '|') [ARGUMENT…]]"
+exec bash "bench/$name/run.sh" "$@"

@@ -6,7 +6,7 @@
 #   soak          what ./dev soak runs under Wine                       -> build/windows/bin
 #   delivery      what ./dev bench delivery runs under Wine             -> build/windows/bin
 #   load          what ./dev bench load runs under Wine                 -> build/windows/bin
-#   cloudsim, herd, plot, micro, load-native  one native program        -> build/native/bin
+#   cloudsim, herd, micro, load-native  one native program        -> build/native/bin
 #   native        cloudsim and the tests that stand around the lab      -> build/native/bin
 #   native-all    everything that builds natively                       -> build/native/bin
 #   clang, clang-windows  everything, by the second compiler            -> build/clang/bin, build/clang-windows/bin
@@ -64,7 +64,6 @@ for lane in "$@"; do
     delivery) for_windows delivery_bench idle_host scriptrunner labtrust ;;
     cloudsim | herd) native "$lane" ;;
     load) for_windows load_bench scriptrunner labtrust ;;
-    plot) native bench_plot ;;
     micro) native micro_bench ;;
     load-native) native load_bench_native ;;
     native-all) native all fuzz_replay ;;

@@ -47,19 +47,19 @@ end_all() {
   exit "$status"
 }
 
-# cloud_configuration REALM FOLDER: the host's configuration for a device of this cloud, its downloads and logs in FOLDER.
+# cloud_configuration NAME REALM [FILTER]: programs that are started from here on find a device of this cloud in the lab's
+# C:\lab\NAME: the host's configuration, changed by a filter of jq, its downloads and logs.
 cloud_configuration() {
-  jq -n --arg url "$CLOUD_URL" --arg realm "$1" --arg folder "$2" '{baseUrl: $url, tokenUrl: "\($url)/token",
+  local folder="C:\\lab\\${1//\//\\}"
+  mkdir -p "$LAB_C/lab/$1"
+  jq -n --arg url "$CLOUD_URL" --arg realm "$2" --arg folder "$folder" '{baseUrl: $url, tokenUrl: "\($url)/token",
     realm: $realm, deviceId: "PC-0001", sessionToken: "session-of-the-lab", downloadFolder: "\($folder)\\download",
-    logFolder: "\($folder)\\log"}'
+    logFolder: "\($folder)\\log"}' | jq "${3:-.}" >"$LAB_C/lab/$1/host.json"
+  export TOLMAR_HOST_CONFIG="$folder\\host.json"
 }
 
-# cloud_device NAME REALM: programs that are started from here on find a fresh device of this cloud in the lab's C:\lab\NAME:
-# the host's configuration, its downloads and logs.
+# cloud_device NAME REALM [FILTER]: the same, a fresh one.
 cloud_device() {
-  local folder=$LAB_C/lab/$1
-  rm -rf "$folder"
-  mkdir -p "$folder"
-  cloud_configuration "$2" "C:\\lab\\$1" >"$folder/host.json"
-  export TOLMAR_HOST_CONFIG="C:\\lab\\$1\\host.json"
+  rm -rf "$LAB_C/lab/$1"
+  cloud_configuration "$@"
 }

@@ -55,6 +55,6 @@ case "${1:-}" in
   tidy) sources native | tidy native ;;
   tidy-windows) comm -13 <(sources native) <(sources clang-windows) | tidy clang-windows ;;
   cppcheck) cpp_check ;;
-  shellcheck) shellcheck --severity=info dev .ci/run scripts/*.sh tests/*/*.sh ;;
+  shellcheck) git ls-files -co --exclude-standard -z dev .ci/run '*.sh' | xargs -0 shellcheck --severity=info ;;
   *) die "usage: scripts/lint.sh tidy|tidy-windows|cppcheck|shellcheck" ;;
 esac

@@ -4,7 +4,7 @@ source scripts/common.sh
 bash scripts/deps.sh universal-ctags
 
 # sources PATH…: what counts as code.
-sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(cpp|h|sh|ps1|cmake)$|CMakeLists.txt$|^dev$'; }
+sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(cpp|h|sh|ps1|cmake|gp)$|CMakeLists.txt$|^dev$'; }
 lines() { sources "$@" | xargs -r cat | grep -cv '^[[:space:]]*$' || true; }
 
 # lengths_of_files, lengths_of_functions PATH…: "LENGTH WHERE", one a line, of C++.

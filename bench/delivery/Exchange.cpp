@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
-#include "bench/delivery/Samples.h"
 #include "bench/delivery/StraightLine.h"
 #include "reference_host/base/Url.h"
 

@@ -1,7 +1,8 @@
 #include <stdexcept>
 
+#include "bench/common/OwnProcess.h"
+#include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
-#include "bench/delivery/Samples.h"
 #include "host/common/FileSystem.h"
 #include "host/common/PackageExtractor.h"
 #include "host/common/Text.h"
@@ -21,11 +22,11 @@ double Extract(const std::wstring& package) {
 
 void MeasureExtraction(const Order& order) {
   const std::wstring package = ZLT::String::UTF8ToUTF16(order.package);
-  const double before = MemoryNow().resident;
+  const double before = OwnProcess::MemoryNow().resident;
   // The first check of a process makes the system's certificate stores ready.
   PrintSample("first", Extract(package));
-  PrintSample("peak-rise", MemoryNow().peakResident - before);
-  const double cpu = CpuSeconds();
+  PrintSample("peak-rise", OwnProcess::MemoryNow().peakResident - before);
+  const double cpu = OwnProcess::CpuSeconds();
   PrintSample("agent", Extract(package));
-  PrintSample("cpu", CpuSeconds() - cpu);
+  PrintSample("cpu", OwnProcess::CpuSeconds() - cpu);
 }

@@ -1,12 +1,11 @@
 #include <windows.h>
 
-#include <cstdio>
 #include <string>
 
-#include "bench/delivery/Samples.h"
-#include "host/common/Text.h"
-#include "host/session/Tessary.h"
-#include "reference_host/Startup.h"
+#include "bench/common/HostProgram.h"
+#include "bench/common/OwnProcess.h"
+#include "bench/common/Samples.h"
+#include "bench/common/Time.h"
 
 namespace {
 
@@ -17,10 +16,10 @@ constexpr const char* GetInstanceName = "_ZN11TolmarAgent11GetInstanceEv";
 
 void PrintState(const std::string& name) {
   Sleep(SettleMs);
-  const Memory memory = MemoryNow();
+  const OwnProcess::Memory memory = OwnProcess::MemoryNow();
   PrintSample((name + "-resident").c_str(), memory.resident);
   PrintSample((name + "-own").c_str(), memory.ownPages);
-  PrintSample((name + "-threads").c_str(), ThreadCount());
+  PrintSample((name + "-threads").c_str(), OwnProcess::ThreadCount());
 }
 
 /// Loaded at run time: a host without it is what the agent is compared with.
@@ -32,21 +31,17 @@ bool StartAgent() {
   return getInstance != nullptr && getInstance() != nullptr;
 }
 
-}  // namespace
-
-/// A host that loads the agent and does nothing. Prints memory (MiB), threads and the time of the
-/// start-up (ms).
-int main() {
-  std::wstring error;
-  if (!refhost::Start(error)) {
-    std::fprintf(stderr, "idle_host: %s\n", ZLT::String::UTF16ToUTF8(error).c_str());
-    return 1;
-  }
+int Measure() {
+  HostProgram::Start();
   PrintState("host");
   bool started = false;
   PrintSample("start", MillisecondsOf([&] { started = StartAgent(); }));
   PrintState("agent");
-  std::fflush(stdout);
-  TerminateProcess(GetCurrentProcess(), started ? 0 : 1);
-  return 1;
+  return started ? 0 : 1;
 }
+
+}  // namespace
+
+/// A host that loads the agent and does nothing. Prints memory (MiB), threads and the time of the
+/// start-up (ms).
+int main() { HostProgram::End(HostProgram::Run("idle_host", Measure)); }

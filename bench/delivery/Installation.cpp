@@ -2,8 +2,8 @@
 #include <windows.h>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
-#include "bench/delivery/Samples.h"
 #include "bench/delivery/StraightLine.h"
 #include "bench/delivery/Titles.h"
 

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/OwnProcess.h"
+#include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
-#include "bench/delivery/Samples.h"
 #include "bench/delivery/Titles.h"
 #include "host/common/FileSystem.h"
 #include "host/common/ProcessWrap.h"
@@ -27,7 +28,7 @@ class ThreadWatch {
   ThreadWatch()
       : _thread([this] {
           while (!_ended) {
-            _most = std::max(_most, ThreadCount());
+            _most = std::max(_most, OwnProcess::ThreadCount());
             Sleep(WatchMs);
           }
         }) {}

@@ -4,8 +4,9 @@
 #include <stdexcept>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/OwnProcess.h"
+#include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
-#include "bench/delivery/Samples.h"
 #include "bench/delivery/StraightLine.h"
 #include "bench/delivery/Titles.h"
 #include "host/common/DownloadAgent.h"
@@ -39,9 +40,9 @@ void Require(bool done) {
 /// Fetches the file by `fetch`. @return the milliseconds; prints the CPU seconds of this process.
 double Fetch(const char* cpuName, const std::function<void(const Place&)>& fetch) {
   const Place place = NewPlace();
-  const double before = CpuSeconds();
+  const double before = OwnProcess::CpuSeconds();
   const double time = MillisecondsOf([&] { fetch(place); });
-  PrintSample(cpuName, CpuSeconds() - before);
+  PrintSample(cpuName, OwnProcess::CpuSeconds() - before);
   Require(FileSystem::fileExists(place.path));
   FileSystem::deleteDirectoryOrFile(place.path, false);
   return time;

@@ -1,11 +1,7 @@
-#include <windows.h>
-
 #include <CLI/CLI.hpp>
-#include <cstdio>
 
+#include "bench/common/HostProgram.h"
 #include "bench/delivery/Parts.h"
-#include "host/common/Text.h"
-#include "reference_host/Startup.h"
 
 namespace {
 
@@ -39,13 +35,6 @@ void Describe(CLI::App& app, Part& chosen, Order& order) {
   app.require_subcommand(1);
 }
 
-/// The configuration is named by TOLMAR_HOST_CONFIG.
-void Run(Part part, const Order& order) {
-  std::wstring error;
-  if (!refhost::Start(error)) throw std::runtime_error(ZLT::String::UTF16ToUTF8(error));
-  part(order);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -54,15 +43,9 @@ int main(int argc, char** argv) {
   Order order;
   Describe(app, part, order);
   CLI11_PARSE(app, argc, argv);
-  int status = 0;
-  try {
-    Run(part, order);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "delivery_bench: %s\n", error.what());
-    status = 1;
-  }
-  std::fflush(stdout);
-  // The agent ends with the process; nothing is under way.
-  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-  return status;
+  HostProgram::End(HostProgram::Run("delivery_bench", [&] {
+    HostProgram::Start();
+    part(order);
+    return 0;
+  }));
 }

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "bench/delivery/Samples.h"
+#include "bench/common/Samples.h"
 
 /// The parts of the benchmark. Each prints samples (see Samples.h), blocks, and throws
 /// std::runtime_error when something does not work, for then there is nothing to measure.

@@ -4,6 +4,9 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <vector>
+
+#include "bench/common/Document.h"
 
 std::string Catalogue::Title(char letter, int number) {
   char name[16];
@@ -14,13 +17,11 @@ std::string Catalogue::Title(char letter, int number) {
 std::string Catalogue::Module(int number) { return "M-" + std::to_string(number); }
 
 Json::Value Catalogue::Titles(char letter, int first, int last, int modules) {
+  std::vector<std::string> names;
+  for (int module = 1; module <= modules; ++module) names.push_back(Module(module));
   Json::Value document;
   for (int number = first; number <= last; ++number) {
-    Json::Value& title = document["swList"].append(Json::objectValue);
-    title["l1FruPn"] = Title(letter, number);
-    for (int module = 1; module <= modules; ++module) {
-      title["moduleList"].append(Json::objectValue)["moduleFruPn"] = Module(module);
-    }
+    AddTitle(document, Title(letter, number), names);
   }
   return document;
 }

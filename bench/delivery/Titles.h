@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// Titles of the benchmark's catalogue, as scripts/bench-delivery.sh writes it.
+/// Titles of the benchmark's catalogue, as offer.sh writes it.
 namespace Catalogue {
 
 /// @return "T-007", say. The letters: T a title with packages of 1 MB in its modules, S one with a

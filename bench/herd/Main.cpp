@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-#include "bench/herd/Plot.h"
+#include "bench/herd/PlotData.h"
 
 namespace {
 
 using herd::Grouped;
 
-void AddOptions(CLI::App& app, herd::Scenario& scenario, std::string& plot) {
+void AddOptions(CLI::App& app, herd::Scenario& scenario, std::string& data) {
   const auto add = [&app](const char* name, auto& value, int least, int most, const char* text) {
     app.add_option(name, value, text)->check(CLI::Range(least, most))->capture_default_str();
   };
@@ -20,7 +20,7 @@ void AddOptions(CLI::App& app, herd::Scenario& scenario, std::string& plot) {
   add("--poll", scenario.pollSeconds, 60, 604800, "seconds between a host's calls");
   add("--poll-spread", scenario.pollSpreadSeconds, 0, 604800, "up to so many more, at random");
   app.add_option("--seed", scenario.seed, "of the random numbers")->capture_default_str();
-  app.add_option("--plot", plot, "SVG file to draw")->take_last();
+  app.add_option("--data", data, "file for what is to be drawn");
 }
 
 std::string Clock(std::int64_t milliseconds) {
@@ -62,8 +62,8 @@ void PrintRow(const herd::Scenario& scenario, const herd::Result& result) {
 int main(int argc, char** argv) {
   CLI::App app("A fleet that meets an outage: how well retry waits spread it.", "herd");
   herd::Scenario scenario;
-  std::string plot;
-  AddOptions(app, scenario, plot);
+  std::string data;
+  AddOptions(app, scenario, data);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -81,7 +81,7 @@ int main(int argc, char** argv) {
       "\nall); peak up/s: the same once the service is up again; served %: within the retries of "
       "the"
       "\nfirst call; all served: time until then; median, p99: a device's wait (h:mm:ss).");
-  if (plot.empty() || herd::WritePlot(plot, scenario, results)) return 0;
-  std::fprintf(stderr, "error: cannot write %s\n", plot.c_str());
+  if (data.empty() || herd::WritePlotData(data, scenario, results)) return 0;
+  std::fprintf(stderr, "error: cannot write %s\n", data.c_str());
   return 1;
 }

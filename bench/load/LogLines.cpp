@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <chrono>
-#include <cstdio>
 #include <functional>
 #include <mutex>
 #include <stdexcept>
@@ -11,12 +9,14 @@
 #include <thread>
 #include <vector>
 
+#include "bench/common/Samples.h"
+#include "bench/common/Time.h"
 #include "host/common/Utility.h"
 
 namespace {
 
 double MicrosecondsALine(int threads, int lines, const std::function<void()>& writeLine) {
-  const auto begin = std::chrono::steady_clock::now();
+  const Stopwatch watch;
   std::vector<std::thread> all;
   all.reserve(static_cast<std::size_t>(threads));
   for (int i = 0; i < threads; ++i) {
@@ -25,9 +25,7 @@ double MicrosecondsALine(int threads, int lines, const std::function<void()>& wr
     });
   }
   for (std::thread& thread : all) thread.join();
-  const std::chrono::duration<double, std::micro> elapsed =
-      std::chrono::steady_clock::now() - begin;
-  return elapsed.count() / (threads * lines);
+  return 1000 * watch.Milliseconds() / (threads * lines);
 }
 
 void WriteBareLines(int threads, int lines) {
@@ -39,7 +37,7 @@ void WriteBareLines(int threads, int lines) {
   if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("no file to append to");
   const std::string record(150, 'x');
   std::mutex mutex;
-  std::printf("floor %.4f\n", MicrosecondsALine(threads, lines, [&] {
+  PrintSample("floor", MicrosecondsALine(threads, lines, [&] {
                 const std::scoped_lock lock(mutex);
                 DWORD written = 0;
                 WriteFile(file, record.data(), static_cast<DWORD>(record.size()), &written,
@@ -54,7 +52,7 @@ void WriteLogLines(int threads, int lines) {
   ZLT::Log log;
   if (!ZLT::utility::InitLog(log, L"load.log", 4)) throw std::runtime_error("no log");
   WriteBareLines(threads, lines);
-  std::printf("agent %.4f\n", MicrosecondsALine(threads, lines, [&] {
+  PrintSample("agent", MicrosecondsALine(threads, lines, [&] {
                 log.d(
                     L"TolmarAgent: OnFileDownloadProgress: total(B)=%d Xfered(B)=%d "
                     L"Files(T)=%d FilesX=%d",

@@ -4,19 +4,20 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstdio>
 #include <stdexcept>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/Samples.h"
+#include "bench/common/Time.h"
 #include "bench/load/WaitingThreads.h"
 
 namespace {
 
-constexpr int PatienceMs = 60000, PollMs = 2;
+constexpr unsigned int PatienceMs = 60000, PollMs = 2;
 constexpr DWORD SettleMs = 200;  ///< from telling that a wait begins until it has begun
 
 void Print(const char* name, const std::vector<double>& times) {
-  for (const double time : times) std::printf("%s %.4f\n", name, time);
+  for (const double time : times) PrintSample(name, time);
 }
 
 /// Starts the threads, each once the one before it waits: they use one connection to the service,
@@ -26,9 +27,8 @@ void StartAll(WaitingThreads& all, int threads, const std::function<void(int)>& 
               const std::function<int()>& waits) {
   for (int i = 0; i < threads; ++i) {
     all.Start([work, i] { work(i); });
-    for (int waited = 0; waits() <= i; waited += PollMs) {
-      if (waited > PatienceMs) throw std::runtime_error("the threads do not get to wait");
-      Sleep(PollMs);
+    if (!WaitUntil([&] { return waits() > i; }, PatienceMs, PollMs)) {
+      throw std::runtime_error("the threads do not get to wait");
     }
   }
   Sleep(SettleMs);

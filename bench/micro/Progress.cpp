@@ -3,6 +3,7 @@
 
 #include "agent/StateGuard.h"
 #include "agent/TolmarAgent.h"
+#include "bench/common/Document.h"
 #include "bench/micro/QuietHost.h"
 #include "host/common/CriticalSection.h"
 #include "progress/DownloadJob.h"
@@ -32,14 +33,15 @@ std::string FileListReply() {
 
 /// @return a document with so many titles, the last of them the one that gets installed.
 Json::Value Titles(int count) {
+  std::vector<std::string> modules;
+  modules.reserve(ModulesOfTitle);
+  for (int module = 0; module < ModulesOfTitle; ++module) {
+    modules.push_back("5M10V" + std::to_string(10000 + module));
+  }
   Json::Value document;
   for (int i = 1; i <= count; ++i) {
-    Json::Value& title = document["swList"].append(Json::objectValue);
-    title["l1FruPn"] = "20QN" + std::to_string(10000 + TitlesOfDocument - count + i) + "US";
-    for (int module = 0; module < ModulesOfTitle; ++module) {
-      title["moduleList"].append(Json::objectValue)["moduleFruPn"] =
-          "5M10V" + std::to_string(10000 + module);
-    }
+    AddTitle(document, "20QN" + std::to_string(10000 + TitlesOfDocument - count + i) + "US",
+             modules);
   }
   return document;
 }

@@ -1,11 +1,9 @@
 #include "bench/soak/Device.h"
 
-#include <windows.h>
-
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
+#include "bench/common/Contents.h"
+#include "bench/common/Time.h"
 #include "bench/soak/Traces.h"
 
 namespace fs = std::filesystem;
@@ -13,20 +11,10 @@ namespace fs = std::filesystem;
 namespace {
 
 /// How long scripts may take to end by themselves.
-constexpr ULONGLONG PatienceMs = 20000;
-constexpr DWORD PollMs = 20;
+constexpr unsigned int PatienceMs = 20000, PollMs = 20;
 
-std::string Contents(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-template <typename Condition>
-bool Await(Condition condition) {
-  for (const ULONGLONG end = GetTickCount64() + PatienceMs; GetTickCount64() < end; Sleep(PollMs)) {
-    if (condition()) return true;
-  }
-  return false;
+bool Await(const std::function<bool()>& condition) {
+  return WaitUntil(condition, PatienceMs, PollMs);
 }
 
 /// @return the files of a folder that may not be there at all.

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// The device as scripts/soak.sh has set it up: what its titles must leave behind, and what their
+/// The device as run.sh has set it up: what its titles must leave behind, and what their
 /// scripts write down beside it. An installer notes that it begins, a check that it ends.
 class Device {
  public:

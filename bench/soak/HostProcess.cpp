@@ -1,10 +1,9 @@
 #include "bench/soak/HostProcess.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
+#include "bench/common/Contents.h"
 #include "bench/soak/Phases.h"
 
 namespace fs = std::filesystem;
@@ -63,9 +62,7 @@ void HostProcess::Kill() {
 }
 
 const std::string& HostProcess::Log() {
-  std::ifstream file(fs::path(_logPath), std::ios::binary);
-  file.seekg(static_cast<std::streamoff>(_logRead));
-  const std::string fresh((std::istreambuf_iterator<char>(file)), {});
+  const std::string fresh = Contents(_logPath, _logRead);
   _logRead += fresh.size();
   return _log += fresh;
 }

@@ -15,7 +15,7 @@ struct Moment {
 /// A visit to the service in a process of its own, which can be killed.
 class HostProcess {
  public:
-  /// Starts the process. @param folder in, with host.json in it and the agent's log below it.
+  /// Starts the process. @param folder in, with the agent's log below it.
   /// @param again in, as for `VisitService`.
   HostProcess(const std::wstring& folder, bool again);
 

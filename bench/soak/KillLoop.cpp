@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/common/Time.h"
 #include "bench/soak/Phases.h"
 #include "bench/soak/Traces.h"
 #include "bench/soak/VisitExit.h"
@@ -12,7 +13,7 @@
 namespace {
 
 constexpr DWORD VisitLimitMs = 120000;
-/// About as many as an undisturbed visit to scripts/soak.sh's titles writes to the agent's log.
+/// About as many as an undisturbed visit to run.sh's titles writes to the agent's log.
 /// Fixed, so that a seed stands for the same moments in every run.
 constexpr unsigned int MostRecords = 190;
 constexpr DWORD MostDelayMs = 150;
@@ -58,10 +59,10 @@ bool KillLoop::Run(unsigned int kills) {
 bool KillLoop::Rehearse() {
   _device.Reset();
   HostProcess host(_folder, false);
-  const ULONGLONG begin = GetTickCount64();
+  const Stopwatch watch;
   DWORD exitCode = 0;
   const bool ended = host.RunToEnd(VisitLimitMs, exitCode) && exitCode == VisitExit::Installed;
-  const auto duration = static_cast<unsigned long>(GetTickCount64() - begin);
+  const auto duration = static_cast<unsigned long>(watch.Milliseconds());
   const std::string faults = ended ? Joined(_device.FinalFaults(), "; ") : "it did not succeed";
   std::printf("undisturbed visit: %lu ms, %u records%s%s\n", duration, RecordsIn(host.Log()),
               faults.empty() ? "" : ": ", faults.c_str());
@@ -106,14 +107,14 @@ bool KillLoop::Kill(Case& one, Moment moment) {
 void KillLoop::Recover(Case& one) {
   const Device::Before before = _device.Look();
   HostProcess host(_folder, false);
-  const ULONGLONG begin = GetTickCount64();
+  const Stopwatch watch;
   DWORD exitCode = 0;
   if (!host.RunToEnd(VisitLimitMs, exitCode)) {
     one.faults.push_back("the next visit does not end, in " + PhaseOf(host.Log()));
     _blocked = true;
     return;
   }
-  one.recoveryMs = static_cast<unsigned long>(GetTickCount64() - begin);
+  one.recoveryMs = static_cast<unsigned long>(watch.Milliseconds());
   if (exitCode == VisitExit::Failed) one.faults.push_back("the next visit fails");
   Add(one.faults, _device.DoubleInstallations(before));
   if (exitCode == VisitExit::NothingToInstall && !_device.Leftovers().empty()) InstallAgain(one);

@@ -10,7 +10,7 @@
 /// Kills hosts in the middle of their visits and looks whether the next visit puts all right.
 class KillLoop {
  public:
-  /// @param folder in, the device's, with host.json in it.
+  /// @param folder in, the device's.
   /// @param seed in, of the first case; each further one has the next. A case draws the moments of
   /// one to three kills in a row, so that the visit that recovers is killed as well.
   KillLoop(const std::wstring& folder, unsigned int seed);

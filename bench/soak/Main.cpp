@@ -1,22 +1,17 @@
-#include <windows.h>
-
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <exception>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/HostProgram.h"
 #include "bench/soak/Device.h"
 #include "bench/soak/Host.h"
 #include "bench/soak/KillLoop.h"
 #include "bench/soak/Steady.h"
 #include "bench/soak/VisitExit.h"
 #include "host/common/Text.h"
-#include "reference_host/Startup.h"
 
 namespace {
 
 constexpr int ExitWrong = 1;
-constexpr int ExitUsage = 2;
 
 struct Options {
   std::string folder;
@@ -28,7 +23,8 @@ struct Options {
 
 CLI::App* AddCommand(CLI::App& app, Options& options, const char* name, const char* help) {
   CLI::App* command = app.add_subcommand(name, help);
-  command->add_option("FOLDER", options.folder, "the device's, with host.json in it")->required();
+  command->add_option("FOLDER", options.folder, "the device's, as TOLMAR_HOST_CONFIG has it")
+      ->required();
   return command;
 }
 
@@ -62,13 +58,8 @@ int RunCommand(const CLI::App& app, const Options& options) {
   if (app.got_subcommand("kill")) {
     return KillLoop(folder, options.seed).Run(options.kills) ? 0 : ExitWrong;
   }
-  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG", (folder + L"\\host.json").c_str());
   if (app.got_subcommand("steady")) Device(folder).Reset();  // before there is a log
-  std::wstring error;
-  if (!refhost::Start(error)) {
-    std::fprintf(stderr, "soak: %s\n", ZLT::String::UTF16ToUTF8(error).c_str());
-    return ExitUsage;
-  }
+  HostProgram::Start();
   if (app.got_subcommand("steady")) return RunSteadyCommand(folder, options.installations);
   return static_cast<int>(VisitOnce(options.again));
 }
@@ -80,10 +71,5 @@ int main(int argc, char** argv) {
   Options options;
   Describe(app, options);
   CLI11_PARSE(app, argc, argv);
-  try {
-    return RunCommand(app, options);
-  } catch (const std::exception& exception) {
-    std::fprintf(stderr, "soak: %s\n", exception.what());
-    return ExitUsage;
-  }
+  return HostProgram::Run("soak", [&] { return RunCommand(app, options); });
 }

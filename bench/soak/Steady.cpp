@@ -35,7 +35,7 @@ double SlopeOf(const std::vector<double>& values) {
 void PrintRow(unsigned int installations, const Usage& now, const Usage& before,
               unsigned int since) {
   const double more = static_cast<double>(now.handles) - static_cast<double>(before.handles);
-  std::printf("| %u | %zu | %.2f | %zu | %zu | %zu | %zu |\n", installations, now.handles,
+  std::printf("| %u | %zu | %.2f | %zu | %zu | %zu | %d |\n", installations, now.handles,
               more / since, now.processHandles, now.bytes / 1024, now.heapBytes / 1024,
               now.threads);
   std::fflush(stdout);

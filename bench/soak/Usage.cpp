@@ -3,14 +3,11 @@
 #include <windows.h>
 // Behind windows.h, whose types they need.
 #include <psapi.h>
-#include <tlhelp32.h>
 #include <winternl.h>
 
 #include <vector>
 
-#include "reference_host/base/Handle.h"
-
-using refhost::Handle;
+#include "bench/common/OwnProcess.h"
 
 namespace {
 
@@ -53,18 +50,6 @@ void CountHandles(HANDLE sample, Usage& usage) {
   usage.processHandles = ofType.at(wanted);
 }
 
-std::size_t CountThreads() {
-  const Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
-  THREADENTRY32 entry{};
-  entry.dwSize = sizeof entry;
-  std::size_t count = 0;
-  for (BOOL more = Thread32First(snapshot.Get(), &entry); more;
-       more = Thread32Next(snapshot.Get(), &entry)) {
-    if (entry.th32OwnerProcessID == GetCurrentProcessId()) ++count;
-  }
-  return count;
-}
-
 std::size_t CountBytes() {
   PROCESS_MEMORY_COUNTERS_EX memory{};
   GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory),
@@ -93,7 +78,7 @@ Usage MeasureUsage() {
   static const HANDLE self = OpenProcess(SYNCHRONIZE, FALSE, GetCurrentProcessId());
   Usage usage;
   CountHandles(self, usage);
-  usage.threads = CountThreads();
+  usage.threads = OwnProcess::ThreadCount();
   usage.bytes = CountBytes();
   usage.heapBytes = CountHeapBytes();
   return usage;

@@ -1,16 +1,13 @@
-#include <windows.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <map>
+#include <stdexcept>
 
+#include "bench/common/HostProgram.h"
 #include "bench/stop/Trial.h"
 #include "host/common/Text.h"
-#include "reference_host/Startup.h"
 
 namespace {
-
-constexpr int ExitFailure = 1;
 
 struct Options {
   std::string phase;
@@ -25,7 +22,8 @@ const std::map<std::string, Way> Ways{
 void Describe(CLI::App& app, Options& options) {
   app.add_option("PHASE", options.phase)->required();
   app.add_option("WAY", options.way)->required()->transform(CLI::CheckedTransformer(Ways));
-  app.add_option("FOLDER", options.folder, "the trial's own, with host.json in it")->required();
+  app.add_option("FOLDER", options.folder, "the trial's own, with logs and downloads in it")
+      ->required();
   app.add_option("--limit", options.limitSeconds, "how long a stop is waited for, in seconds (15)");
 }
 
@@ -33,21 +31,14 @@ std::string Shown(const std::optional<unsigned long>& milliseconds) {
   return milliseconds ? std::to_string(*milliseconds) : "-";
 }
 
-int Fail(const std::string& text) {
-  std::fprintf(stderr, "stop_bench: %s\n", text.c_str());
-  return ExitFailure;
-}
-
 int RunTrial(const Options& options) {
   const Phase* phase = FindPhase(options.phase);
-  if (phase == nullptr) return Fail("no such phase: " + options.phase);
+  if (phase == nullptr) throw std::runtime_error("no such phase: " + options.phase);
   const std::wstring folder = ZLT::String::UTF8ToUTF16(options.folder);
-  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG", (folder + L"\\host.json").c_str());
-  std::wstring error;
-  if (!refhost::Start(error)) return Fail(ZLT::String::UTF16ToUTF8(error));
+  HostProgram::Start();
   StopTimes times;
   Trial trial(*phase, options.way, folder, options.limitSeconds * 1000);
-  if (!trial.Run(times)) return Fail("the phase was not reached");
+  if (!trial.Run(times)) throw std::runtime_error("the phase was not reached");
   std::printf("%s %s\n", Shown(times.operation).c_str(), Shown(times.cleanUp).c_str());
   return 0;
 }
@@ -61,9 +52,5 @@ int main(int argc, char** argv) {
   Options options;
   Describe(app, options);
   CLI11_PARSE(app, argc, argv);
-  const int status = RunTrial(options);
-  std::fflush(stdout);
-  // Threads that were not waited for are still at work: nothing is taken down under them.
-  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-  return status;
+  HostProgram::End(HostProgram::Run("stop_bench", [&] { return RunTrial(options); }));
 }

@@ -1,11 +1,11 @@
 #include "bench/stop/Phase.h"
 
-#include <windows.h>
-
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
+
+#include "bench/common/Contents.h"
+#include "bench/common/Time.h"
 
 namespace {
 
@@ -18,18 +18,11 @@ constexpr Phase Phases[] = {
     {"check", nullptr, L"\\download\\running", true, false},
     {"deletion", "Failed to delete KIV folder. Retry", nullptr, false, true}};
 
-constexpr ULONGLONG PatienceMs = 120000;
-constexpr DWORD PollMs = 2;
-
-bool HasLine(const std::wstring& path, const char* text) {
-  std::ifstream file{std::filesystem::path(path), std::ios::binary};
-  const std::string log((std::istreambuf_iterator<char>(file)), {});
-  return log.find(text) != std::string::npos;
-}
+constexpr unsigned int PatienceMs = 120000, PollMs = 2;
 
 bool IsOn(const Phase& phase, const std::wstring& folder) {
-  if (phase.logLine != nullptr) return HasLine(folder + L"\\log\\TolmarAgent.log", phase.logLine);
-  return std::filesystem::exists(folder + phase.file);
+  if (phase.logLine == nullptr) return std::filesystem::exists(folder + phase.file);
+  return Contents(folder + L"\\log\\TolmarAgent.log").find(phase.logLine) != std::string::npos;
 }
 
 }  // namespace
@@ -41,9 +34,5 @@ const Phase* FindPhase(const std::string& name) {
 }
 
 bool IsReached(const Phase& phase, const std::wstring& folder) {
-  for (const ULONGLONG deadline = GetTickCount64() + PatienceMs; GetTickCount64() < deadline;) {
-    if (IsOn(phase, folder)) return true;
-    Sleep(PollMs);
-  }
-  return false;
+  return WaitUntil([&] { return IsOn(phase, folder); }, PatienceMs, PollMs);
 }

@@ -2,23 +2,20 @@
 
 #include <json/value.h>
 
-#include <chrono>
 #include <thread>
 #include <utility>
 
 #include "agent/TolmarAgent.h"
+#include "bench/common/Document.h"
+#include "bench/common/Time.h"
 #include "host/common/FileSystem.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// The one title of the trial's catalogue, as an entitlement query gives it.
 Json::Value Titles() {
   Json::Value document;
-  Json::Value& title = document["swList"].append(Json::objectValue);
-  title["l1FruPn"] = "T-STOP";
-  title["moduleList"].append(Json::objectValue)["moduleFruPn"] = "M-STOP";
+  AddTitle(document, "T-STOP", {"M-STOP"});
   return document;
 }
 
@@ -68,11 +65,10 @@ void Trial::StartOperation() {
 }
 
 StopTimes Trial::Stop() {
-  const Clock::time_point begin = Clock::now();
+  const Stopwatch watch;
   const auto since = [&](HANDLE done) -> unsigned long {
     if (WaitForSingleObject(done, _limitMs) != WAIT_OBJECT_0) return _limitMs;
-    return static_cast<unsigned long>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count());
+    return static_cast<unsigned long>(watch.Milliseconds());
   };
   StopTimes times;
   if (_way == Way::Cancel) {

@@ -1,9 +1,15 @@
-# What the benchmarks share: samples become rows of one table and points of curves. Sourced behind scripts/common.sh.
+# Rounds, and how their samples become rows of one table and points of curves. Sourced behind scripts/common.sh.
 # A part's rows stand in build/bench/PART.tsv, one a line:
 #   what <TAB> agent <TAB> floor <TAB> unit <TAB> ratio <TAB> spread <TAB> target        ("-": there is none)
 # and its curves in build/bench/PART.curve.tsv, one point a line:
-#   curve <TAB> unit <TAB> number on the axis <TAB> value
+#   curve, by what <TAB> unit <TAB> number on the axis <TAB> value
 RESULTS=$BUILD/bench
+
+# rounds COUNT COMMAND…: runs it so often; ROUND is the number of the round, from 0.
+rounds() { for ((ROUND = 0; ROUND < $1; ROUND++)); do "${@:2}"; done; }
+
+# median: of the numbers on standard input, the lower one in the middle.
+median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
 # begin_part NAME: the part that rows and points are of from now on.
 begin_part() {
@@ -40,7 +46,7 @@ row() {
 point() {
   local value
   value=$(awk -v name="${5:-agent}" -v scale="$([ "$2" = s ] && echo 1000 || echo 1)" \
-    '$1 == name { print $2 / scale }' "$4" | sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }')
+    '$1 == name { print $2 / scale }' "$4" | median)
   printf '%s\t%s\t%s\t%s\n' "$1" "$2" "$3" "$value" >>"$PART.curve.tsv"
   echo "  $1: $3: $value $2"
 }

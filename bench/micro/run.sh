@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # What single steps of the agent cost, natively, in CPU time: ./dev bench micro [OPTION…], options of Google Benchmark.
 source scripts/common.sh
-source scripts/measure.sh
+source bench/common/measure.sh
 SAMPLES=$BUILD/bench/micro.samples
 
 # samples: the benchmark's repetitions, each "NAME VALUE", in microseconds; those over a reply, for each KiB of it. What an

@@ -3,13 +3,12 @@
 # come back from a stop, beside 64 that only wait for an event (and natively, for comparison); what a log line costs that
 # 8 threads write at once.
 source scripts/common.sh
-source scripts/lab.sh
-source scripts/cloud.sh
-source scripts/measure.sh
+source bench/common/lab.sh
+source bench/common/measure.sh
 ROUNDS=${ROUNDS:-20}
 THREADS=64
-OFFER=$BUILD/bench-load
-SAMPLES=$BUILD/bench/load.samples
+OFFER=$RESULTS/load
+SAMPLES=$RESULTS/load.samples
 
 # Every query is refused, as by a service that is down.
 make_catalogue() {
@@ -18,21 +17,17 @@ make_catalogue() {
 }
 
 # A device that is not registered asks nothing when the agent starts.
-fresh_device() {
-  cloud_device load load
-  jq '.registered = false' "$LAB_C/lab/load/host.json" >"$OFFER/host.json"
-  cp "$OFFER/host.json" "$LAB_C/lab/load/host.json"
+fresh_device() { cloud_device load load '.registered = false'; }
+
+# load_bench ARGUMENT…: its samples.
+load_bench() {
+  lab_wine 120 "$LAB_BIN/load_bench.exe" "$@" | tr -d '\r' || die "load_bench $*: see $LAB_C/lab/load/log"
 }
 
-# rounds COMMAND…: an agent ends with its stop, so each round is a process.
-rounds() {
-  local round
-  for ((round = 0; round < ROUNDS; round++)); do "$@" || die "$*: status $?, see $LAB_C/lab/load/log"; done | tr -d '\r'
-}
-
+# An agent ends with its stop, so each round is a process.
 stop_round() {
   fresh_device
-  lab_wine 120 "$LAB_BIN/load_bench.exe" stop "$THREADS" 'C:\lab\load\log\TolmarAgent.log'
+  load_bench stop "$THREADS" 'C:\lab\load\log\TolmarAgent.log'
 }
 
 # stop_row WHAT SHARE TARGET FILE: the time that this share of the threads is back after, of all rounds together; the
@@ -55,18 +50,15 @@ stop_rows() {
   stop_row "stop of $THREADS waiting threads, $1, worst" 1 - "$3"
 }
 
-end_all_at_exit :
-bash scripts/deps.sh
-bash scripts/build.sh load cloudsim load-native
-lab_up
+lab_begin load cloudsim load-native
 mkdir -p "$OFFER"
 make_catalogue
 cloud_start "$OFFER" load
 begin_part load
-rounds stop_round >"$SAMPLES"
+rounds "$ROUNDS" stop_round >"$SAMPLES"
 stop_rows Wine "< 10" "$SAMPLES"
-rounds "$NATIVE_BIN/load_bench_native" "$THREADS" >"$SAMPLES.native"
+rounds "$ROUNDS" "$NATIVE_BIN/load_bench_native" "$THREADS" >"$SAMPLES.native"
 stop_rows native - "$SAMPLES.native"
 fresh_device
-ROUNDS=5 rounds lab_wine 120 "$LAB_BIN/load_bench.exe" log 8 >"$SAMPLES.log"
+rounds 5 load_bench log 8 >"$SAMPLES.log"
 row "log line, 8 threads at once, against appending its bytes" µs - "$SAMPLES.log"

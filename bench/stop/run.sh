@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # How long a stop takes, phase by phase: ./dev bench stop [PHASE…]. Prints a Markdown table, as docs/operations.md has it.
 source scripts/common.sh
-source scripts/lab.sh
-source scripts/cloud.sh
+source bench/common/lab.sh
+source bench/common/measure.sh
 WANTED=" $* "
-RUNS=${RUNS:-3}
-STOP=$BUILD/bench-stop
+ROUNDS=${ROUNDS:-3}
+STOP=$RESULTS/stop
 LAB_STOP=$LAB_C/lab/stop
 LIMIT=10
 TRIAL=0
@@ -33,8 +33,7 @@ title() {
   local folder=$STOP/$1
   [ -f "$folder/check.ps1" ] || { mkdir -p "$folder" && echo 'exit 1' >"$folder/check.ps1"; }
   [ -f "$STOP/$1.files/install.ps1" ] || echo 'exit 0' >"$STOP/$1.files/install.ps1"
-  cab_make "$folder/unsigned.cab" "$STOP/$1.files"
-  cab_sign "$folder/unsigned.cab" "$folder/package.cab"
+  package "$folder/package.cab" "$STOP/$1.files"
 }
 
 make_titles() {
@@ -61,43 +60,31 @@ start_cloud() {
 trial() {
   local name=$((++TRIAL)) registered=false
   [ "$2" = worker ] && registered=true
-  mkdir -p "$LAB_STOP/$name"
-  cloud_configuration bench "C:\\lab\\stop\\$name" | jq --argjson registered "$registered" '.registered = $registered' \
-    >"$LAB_STOP/$name/host.json"
-  lab_wine 180 "$LAB_BIN/stop_bench.exe" "$1" "$2" "C:\\lab\\stop\\$name" --limit "$LIMIT" | tr -d '\r'
+  cloud_device "stop/$name" bench ".registered = $registered"
+  lab_wine 180 "$LAB_BIN/stop_bench.exe" "$1" "$2" "C:\\lab\\stop\\$name" --limit "$LIMIT" | tr -d '\r' ||
+    die "phase $1, way $2: see $LAB_STOP/$name/log"
 }
 
-# median COLUMN: of the trials' lines on standard input.
-median() {
+# time_of COLUMN FILE: the median of the trials' lines.
+time_of() {
   local value
-  value=$(cut -d ' ' -f "$1" | sort -n | sed -n "$(((RUNS + 1) / 2))p")
+  value=$(cut -d ' ' -f "$1" "$2" | median)
   [ "$value" -lt $((LIMIT * 1000)) ] && echo "$value" || echo "> $((LIMIT * 1000))"
-}
-
-# measure PHASE WAY: RUNS trials, one line each.
-measure() {
-  local run
-  for ((run = 0; run < RUNS; run++)); do
-    trial "$1" "$2" || die "phase $1, way $2: see $LAB_STOP/$TRIAL/log"
-  done >"$STOP/$1-$2"
 }
 
 measure_phase() {
   local way
   start_cloud "$2" "$3"
-  for way in cancel worker cleanup; do measure "$1" "$way"; done
+  for way in cancel worker cleanup; do rounds "$ROUNDS" trial "$1" "$way" >"$STOP/$1-$way"; done
   cloud_stop
-  printf '| %s | %s | %s | %s | %s |\n' "$4" "$(median 1 <"$STOP/$1-cancel")" \
-    "$(median 2 <"$STOP/$1-worker")" "$(median 1 <"$STOP/$1-cleanup")" "$5"
+  printf '| %s | %s | %s | %s | %s |\n' "$4" "$(time_of 1 "$STOP/$1-cancel")" \
+    "$(time_of 2 "$STOP/$1-worker")" "$(time_of 1 "$STOP/$1-cleanup")" "$5"
 }
 
-end_all_at_exit :
-bash scripts/deps.sh
-bash scripts/build.sh stop cloudsim
-lab_up
+lab_begin stop cloudsim
 rm -rf "$LAB_STOP"
 step "packages" "$BUILD/log/bench-stop.log" make_titles
-echo "Milliseconds from the stop until control is back, median of $RUNS, on Wine:"
+echo "Milliseconds from the stop until control is back, median of $ROUNDS, on Wine:"
 echo
 echo "| phase | cancel handle | CleanUp, the agent's own worker | CleanUp alone, the host's operation | bound by |"
 echo "|---|---|---|---|---|"

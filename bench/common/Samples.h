@@ -6,23 +6,6 @@
 /// medians and ratios.
 void PrintSample(const char* name, double value);
 
-/// @return how long `work` takes, in milliseconds.
-double MillisecondsOf(const std::function<void()>& work);
-
-/// @return CPU time that this process has used so far, in seconds.
-double CpuSeconds();
-
-/// Memory of this process, in MiB.
-struct Memory {
-  double resident;      ///< now
-  double peakResident;  ///< at most so far
-  double ownPages;      ///< of `resident`, what is shared with no file
-};
-Memory MemoryNow();
-
-/// @return the number of this process's threads.
-int ThreadCount();
-
 /// One side of a comparison: runs once and tells how many milliseconds count.
 using Side = std::function<double()>;
 

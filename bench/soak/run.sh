@@ -3,8 +3,7 @@
 # installations and looks whether the next one puts all right, then installs again and again in one process. Prints the
 # tables of docs/quality.md. 0 leaves a part out; a case is tried again with --seed of its line, --kills 1 --installs 0.
 source scripts/common.sh
-source scripts/lab.sh
-source scripts/cloud.sh
+source bench/common/lab.sh
 SOAK=$BUILD/soak
 LAB_SOAK=$LAB_C/lab/soak
 kills=100 installs=500 seed=1
@@ -53,8 +52,7 @@ module() {
   cp "$files/payload.bin" "$expected/$3.bin"
   install_script "$1" "$3" "$4" >"$files/install.ps1"
   check_script "$1" "$3" "$4" >"$SOAK/$1/check-$3.ps1"
-  cab_make "$SOAK/$1/unsigned.cab" "$files"
-  cab_sign "$SOAK/$1/unsigned.cab" "$SOAK/$1/$3.cab"
+  package "$SOAK/$1/$3.cab" "$files"
 }
 
 # catalogue PART FAULTS: of the modules that are there.
@@ -80,16 +78,13 @@ make_titles() {
 run() {
   local status=0
   cloud_start "$SOAK/$1" soak
-  cloud_configuration soak "C:\\lab\\soak\\$1" >"$LAB_SOAK/$1/host.json"
+  cloud_configuration "soak/$1" soak
   lab_wine "$2" "$LAB_BIN/soak.exe" "$1" "C:\\lab\\soak\\$1" "${@:3}" | sed -u 's|\r$||' || status=$?
   cloud_stop
   return "$status"
 }
 
-end_all_at_exit :
-bash scripts/deps.sh
-bash scripts/build.sh soak cloudsim
-lab_up
+lab_begin soak cloudsim
 step "packages" "$BUILD/log/soak.log" make_titles
 wrong=0
 [ "$kills" -eq 0 ] || run kill $((300 + 60 * kills)) --kills "$kills" --seed "$seed" || wrong=1

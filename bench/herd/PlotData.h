@@ -19,9 +19,11 @@ std::string Grouped(std::int64_t number);
 /// @return a share of the fleet in percent, rounded down: 100.0 means every device.
 std::string Percent(const Scenario& scenario, std::int64_t devices);
 
-/// Draws requests per second over time, one panel for each result, as an SVG picture.
+/// Writes what herd.gp draws: fields between tabs, two blank lines between blocks. First the
+/// scenario: a title; minutes of outage, capacity, minutes to draw. Then a block for each result:
+/// its policy and what came of it; the requests of each second, and those of them that were served.
 /// @return false when the file cannot be written.
-bool WritePlot(const std::string& path, const Scenario& scenario,
-               const std::vector<Result>& results);
+bool WritePlotData(const std::string& path, const Scenario& scenario,
+                   const std::vector<Result>& results);
 
 }  // namespace herd
