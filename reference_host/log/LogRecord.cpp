@@ -12,20 +12,10 @@ namespace {
 constexpr const wchar_t* NextLine = L"\n    ";
 
 std::string ComposeHead(const LogRecordHead& head) {
-  using namespace std::chrono;
-  const sys_time<milliseconds> time{milliseconds(head.unixMilliseconds)};
-  const auto day = floor<days>(time);
-  const year_month_day date(day);
-  const hh_mm_ss clock(time - day);
-  char text[96];
-  std::snprintf(
-      text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ %lu %lu %c ",
-      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-      static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-      static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()),
-      static_cast<int>(clock.subseconds().count()), static_cast<unsigned long>(head.processId),
-      static_cast<unsigned long>(head.threadId), head.level);
-  return text;
+  char text[64];
+  std::snprintf(text, sizeof text, " %lu %lu %c ", static_cast<unsigned long>(head.processId),
+                static_cast<unsigned long>(head.threadId), head.level);
+  return ComposeLogTime(head.unixMilliseconds) + text;
 }
 
 /// @return true for what a viewer may take for a line end, or act on: C0 and C1 controls, the
@@ -41,6 +31,21 @@ void AppendEscaped(std::wstring& text, wchar_t c) {
 }
 
 }  // namespace
+
+std::string ComposeLogTime(std::int64_t unixMilliseconds) {
+  using namespace std::chrono;
+  const sys_time<milliseconds> time{milliseconds(unixMilliseconds)};
+  const auto day = floor<days>(time);
+  const year_month_day date(day);
+  const hh_mm_ss clock(time - day);
+  char text[64];
+  std::snprintf(
+      text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+      static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+      static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+  return text;
+}
 
 std::string ComposeLogRecord(const LogRecordHead& head, const std::wstring& message) {
   std::wstring shown;

@@ -13,6 +13,9 @@ struct LogRecordHead {
   char level;  ///< 'D' or 'E'
 };
 
+/// @return the time in UTC, as "2031-02-03T04:05:06.789Z".
+std::string ComposeLogTime(std::int64_t unixMilliseconds);
+
 /// Composes one record of a log, in UTF-8, with its line end:
 /// "2031-02-03T04:05:06.789Z 1234 5678 D message". Further lines of the message are indented and
 /// control characters are escaped, so no text within a message can pass for a record of its own.
