@@ -5,8 +5,8 @@ source scripts/common.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev llvm make
-  ninja-build openssl osslsigncode shellcheck wine wine64 xz-utils zlib1g-dev)
+  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
+  make ninja-build openssl osslsigncode shellcheck wine wine64 xz-utils zlib1g-dev)
 PACKAGES+=("$@")
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
@@ -63,15 +63,17 @@ cross_build() {
   cmake --install "$DEPS/build/$name"
 }
 
-copy_cli11() {
+# Of headers alone: CLI11 and utfcpp.
+copy_headers() {
   mkdir -p "$PREFIX/include" "$PREFIX/lib/cmake"
-  cp -r /usr/include/CLI "$PREFIX/include/"
+  cp -r /usr/include/CLI /usr/include/utf8cpp "$PREFIX/include/"
   cp -r "$(dirname "$(dpkg -L libcli11-dev | grep CLI11Config.cmake)")" "$PREFIX/lib/cmake/CLI11"
 }
 
 build_libraries() {
   local versions
-  versions=$(dpkg-query -W -f '${Package} ${Version};' g++-mingw-w64-x86-64-posix googletest libcli11-dev libjsoncpp-dev)
+  versions=$(dpkg-query -W -f '${Package} ${Version};' g++-mingw-w64-x86-64-posix googletest libcli11-dev libjsoncpp-dev \
+    libutfcpp-dev)
   is_stamped "$PREFIX/stamp" "$versions" && return 0
   rm -rf "$PREFIX" "$DEPS/build"
   step "sources of jsoncpp" "$LOGS/sources.log" fetch_sources
@@ -79,7 +81,7 @@ build_libraries() {
     -DBUILD_SHARED_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF -DJSONCPP_WITH_TESTS=OFF \
     -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF
   step "GoogleTest for Windows" "$LOGS/googletest.log" cross_build googletest /usr/src/googletest
-  step "CLI11 for Windows" "$LOGS/cli11.log" copy_cli11
+  step "CLI11 and utfcpp for Windows" "$LOGS/headers.log" copy_headers
   stamp "$PREFIX/stamp" "$versions"
 }
 

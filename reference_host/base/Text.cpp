@@ -1,64 +1,43 @@
 #include "host/common/Text.h"
 
+#include <utf8cpp/utf8.h>
+
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <iterator>
 
 namespace {
 
-constexpr char32_t Replacement = 0xFFFD;
+using Bytes = std::string::const_iterator;
 
-/// What may follow a lead byte: how many bytes, and the range of the first of them. The ranges keep
-/// out overlong forms, surrogates and what lies past U+10FFFF.
-struct Sequence {
-  int followers;
-  unsigned char low;
-  unsigned char high;
-};
-
-constexpr Sequence SequenceOf(unsigned char lead) {
-  if (lead >= 0xC2 && lead <= 0xDF) return {1, 0x80, 0xBF};
-  if (lead == 0xE0) return {2, 0xA0, 0xBF};
-  if (lead == 0xED) return {2, 0x80, 0x9F};
-  if (lead >= 0xE1 && lead <= 0xEF) return {2, 0x80, 0xBF};
-  if (lead == 0xF0) return {3, 0x90, 0xBF};
-  if (lead >= 0xF1 && lead <= 0xF3) return {3, 0x80, 0xBF};
-  if (lead == 0xF4) return {3, 0x80, 0x8F};
-  return {0, 0, 0};
-}
-
-/// Reads one code point at `next` and moves it behind. Of an invalid sequence only the part that
-/// could have begun a valid one is taken: what follows may be whole again.
-char32_t Decode(const std::string& text, std::size_t& next) {
-  const auto lead = static_cast<unsigned char>(text[next++]);
-  if (lead < 0x80) return lead;
-  Sequence sequence = SequenceOf(lead);
-  if (sequence.followers == 0) return Replacement;
-  char32_t code = lead & (0x3Fu >> sequence.followers);
-  for (int i = 0; i < sequence.followers; ++i) {
-    if (next == text.size()) return Replacement;
-    const auto byte = static_cast<unsigned char>(text[next]);
-    if (byte < sequence.low || byte > sequence.high) return Replacement;
-    code = (code << 6) | (byte & 0x3Fu);
-    ++next;
-    sequence.low = 0x80;
-    sequence.high = 0xBF;
-  }
-  return code;
-}
-
-void AppendWide(std::wstring& text, char32_t code) {
-  if constexpr (sizeof(wchar_t) == 2) {
-    if (code > 0xFFFF) {
-      text += static_cast<wchar_t>(0xD7C0 + (code >> 10));
-      text += static_cast<wchar_t>(0xDC00 + (code & 0x3FF));
-      return;
+/// @return how many bytes at `fault`, where no valid sequence begins, could have begun one, at
+/// least 1: what follows may be whole again. They could when the least or the greatest of followers
+/// makes a valid sequence of them. The library's own replacement takes all followers for one fault.
+std::ptrdiff_t FaultLength(Bytes fault, Bytes end) {
+  for (std::ptrdiff_t length = std::min<std::ptrdiff_t>(3, end - fault); length > 1; --length) {
+    for (const char follower : {'\x80', '\xBF'}) {
+      std::array<char, 4> whole;
+      std::copy_n(fault, length, whole.begin());
+      std::fill(whole.begin() + length, whole.end(), follower);
+      if (utf8::find_invalid(whole.begin(), whole.end()) != whole.begin()) return length;
     }
   }
-  text += static_cast<wchar_t>(code);
+  return 1;
 }
 
-bool IsHighSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xDBFF; }
-bool IsLowSurrogate(char32_t code) { return code >= 0xDC00 && code <= 0xDFFF; }
+/// @return `text` with U+FFFD for each maximal invalid sequence.
+std::string Repaired(const std::string& text) {
+  std::string whole;
+  for (Bytes next = text.begin(); next != text.end();) {
+    const Bytes fault = utf8::find_invalid(next, text.end());
+    whole.append(next, fault);
+    if (fault == text.end()) break;
+    whole += "\xEF\xBF\xBD";
+    next = fault + FaultLength(fault, text.end());
+  }
+  return whole;
+}
 
 /// @return the character as a number without a sign, whatever sign its type has.
 char32_t Unit(char c) { return static_cast<unsigned char>(c); }
@@ -67,25 +46,16 @@ char32_t Unit(wchar_t c) {
   return static_cast<char32_t>(c);
 }
 
+bool IsHighSurrogate(char32_t code) { return code >= 0xD800 && code <= 0xDBFF; }
+bool IsLowSurrogate(char32_t code) { return code >= 0xDC00 && code <= 0xDFFF; }
+
 char32_t DecodeWide(const std::wstring& text, std::size_t& next) {
   const char32_t unit = Unit(text[next++]);
   if (IsHighSurrogate(unit) && next < text.size() && IsLowSurrogate(Unit(text[next]))) {
     return 0x10000 + ((unit - 0xD800) << 10) + (Unit(text[next++]) - 0xDC00);
   }
   const bool valid = unit <= 0x10FFFF && !IsHighSurrogate(unit) && !IsLowSurrogate(unit);
-  return valid ? unit : Replacement;
-}
-
-void AppendBytes(std::string& text, char32_t code) {
-  if (code < 0x80) {
-    text += static_cast<char>(code);
-    return;
-  }
-  const int followers = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-  text += static_cast<char>((0xFF00u >> (followers + 1) & 0xFF) | (code >> (6 * followers)));
-  for (int shift = 6 * (followers - 1); shift >= 0; shift -= 6) {
-    text += static_cast<char>(0x80 | (code >> shift & 0x3F));
-  }
+  return valid ? unit : 0xFFFD;
 }
 
 /// Folds the case of the alphabets that names of software are written in: Latin (Latin-1), Greek
@@ -99,10 +69,11 @@ wchar_t Fold(wchar_t c) {
   return between(0x400, 0x40F) ? static_cast<wchar_t>(unit + 0x50) : c;
 }
 
-/// Converts a text, block by block: `appendOne` takes one code point, while blocks of nothing but
-/// ASCII, which most texts consist of, are copied by loops that work on many characters at a time.
-template <class Result, class Text, class AppendOne>
-Result Converted(const Text& text, const AppendOne& appendOne) {
+/// Converts a text, block by block: `appendRest` takes what begins in a block and moves `next`
+/// behind, while blocks of nothing but ASCII, which most texts consist of, are copied by loops that
+/// work on many characters at a time.
+template <class Result, class Text, class AppendRest>
+Result Converted(const Text& text, const AppendRest& appendRest) {
   constexpr std::size_t Block = 64;
   Result result;
   // Room for some characters that take more than one place, too: growing copies all of the text.
@@ -117,25 +88,39 @@ Result Converted(const Text& text, const AppendOne& appendOne) {
       std::copy(text.data() + next, text.data() + end, result.data() + start);
       next = end;
     } else {
-      while (next < end) appendOne(result, next);
+      appendRest(result, next, end);
     }
   }
   return result;
+}
+
+/// @param text in, UTF-8. @throws utf8::exception when it is not valid.
+std::wstring Decoded(const std::string& text) {
+  return Converted<std::wstring>(text, [&](std::wstring& wide, std::size_t& next, std::size_t end) {
+    while (end < text.size() && (Unit(text[end]) & 0xC0) == 0x80) ++end;  // No sequence is cut.
+    const char *const from = text.data() + next, *const to = text.data() + end;
+    if constexpr (sizeof(wchar_t) == 2) {
+      utf8::utf8to16(from, to, std::back_inserter(wide));
+    } else {
+      utf8::utf8to32(from, to, std::back_inserter(wide));
+    }
+    next = end;
+  });
 }
 
 }  // namespace
 
 namespace ZLT {
 
-std::wstring String::UTF8ToUTF16(const std::string& text) {
-  return Converted<std::wstring>(text, [&text](std::wstring& wide, std::size_t& next) {
-    AppendWide(wide, Decode(text, next));
-  });
+std::wstring String::UTF8ToUTF16(const std::string& text) try {
+  return Decoded(text);
+} catch (const utf8::exception&) {
+  return Decoded(Repaired(text));
 }
 
 std::string String::UTF16ToUTF8(const std::wstring& text) {
-  return Converted<std::string>(text, [&text](std::string& bytes, std::size_t& next) {
-    AppendBytes(bytes, DecodeWide(text, next));
+  return Converted<std::string>(text, [&](std::string& bytes, std::size_t& next, std::size_t end) {
+    while (next < end) utf8::append(DecodeWide(text, next), std::back_inserter(bytes));
   });
 }
 
