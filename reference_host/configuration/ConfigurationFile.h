@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "host/Export.h"
 #include "reference_host/configuration/Configuration.h"
 
 namespace refhost {
@@ -14,7 +15,7 @@ const Configuration* GetConfiguration();
 const Configuration& Settings();
 
 /// @return the name of the file that the process was told to read; empty when it was told none.
-std::wstring ConfigurationFileName();
+ZLT_API std::wstring ConfigurationFileName();
 
 /// @return why there is no usable configuration, empty when there is one.
 const std::wstring& ConfigurationError();

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "host/common/Text.h"
 #include "reference_host/package/CabinetDigest.h"
 
 namespace refhost {
@@ -136,16 +137,20 @@ void CheckDigests(const CabinetFile& cabinet, const Message& message) {
           "its signature's content was changed");
 }
 
-Certificate CheckSigner(const Message& message, const Store& store) {
+Certificate FindSigner(const Message& message, const Store& store) {
   Require(NumberParameter(message, CMSG_SIGNER_COUNT_PARAM) == 1, "it has not exactly one signer");
   Bytes info = Parameter(message, CMSG_SIGNER_CERT_INFO_PARAM);
   Require(!info.empty() && store, "its signer's certificate is missing");
   Certificate signer(CertGetSubjectCertificateFromStore(store.get(), Encoding,
                                                         reinterpret_cast<CERT_INFO*>(info.data())));
   Require(signer != nullptr, "its signer's certificate is missing");
-  Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
-          "its signature does not belong to its signer's certificate");
   return signer;
+}
+
+std::string NameOf(const Certificate& signer) {
+  wchar_t name[256] = L"";
+  CertGetNameStringW(signer.get(), CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, name, 256);
+  return ZLT::String::UTF16ToUTF8(name);
 }
 
 /// A time stamp lets a signature outlive its certificate. Whether the stamp itself is good is left
@@ -187,14 +192,18 @@ void CheckChain(const Certificate& signer, const Store& store, bool timeStamped)
           "its signer is not trusted for code signing on this machine");
 }
 
-/// @return the thumbprint of the signing certificate. @throws std::runtime_error saying the fault.
-std::string CheckByOwnMeans(const CabinetFile& cabinet) {
+/// @param findings out, who has signed, as soon as that is known.
+/// @throws std::runtime_error saying the fault.
+void CheckByOwnMeans(const CabinetFile& cabinet, SignatureFindings& findings) {
   const Message message = Decode(ReadSignature(cabinet));
   const Store store(CertOpenStore(CERT_STORE_PROV_MSG, Encoding, 0, 0, message.get()));
+  const Certificate signer = FindSigner(message, store);
+  findings.publisher = NameOf(signer);
+  findings.thumbprint = Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
   CheckDigests(cabinet, message);
-  const Certificate signer = CheckSigner(message, store);
+  Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
+          "its signature does not belong to its signer's certificate");
   CheckChain(signer, store, HasTimeStamp(message));
-  return Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
 }
 
 void CheckByPlatform(const CabinetFile& cabinet) {
@@ -229,7 +238,7 @@ SignatureFindings InspectSignature(const CabinetFile& cabinet) {
   findings.present = cabinet.Header().IsSigned();
   if (!findings.present) return findings;
   try {
-    findings.thumbprint = CheckByOwnMeans(cabinet);
+    CheckByOwnMeans(cabinet, findings);
     CheckByPlatform(cabinet);
   } catch (const std::exception& exception) {
     findings.fault = exception.what();

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <stdexcept>
 
 #include "host/common/FileSystem.h"
@@ -11,13 +12,17 @@
 #include "reference_host/configuration/Folders.h"
 #include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/MemberName.h"
+#include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetFile.h"
 #include "reference_host/package/CabinetReader.h"
 #include "reference_host/package/CabinetSignature.h"
+#include "reference_host/package/PackageFault.h"
 
 using namespace refhost;
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr int MaxFolderNumber = 1000;
 
@@ -30,12 +35,14 @@ void CheckMembers(const CabinetFile& cabinet) {
   for (const CabinetMember& member : ListMembers(cabinet)) {
     const std::string refusal = names.Add(member.name);
     if (!refusal.empty()) {
-      throw std::runtime_error("the package holds a member that is refused (" + refusal +
-                               "): " + ZLT::String::UTF16ToUTF8(member.name));
+      throw PackageFault("package.member", "the package holds a member that is refused (" +
+                                               refusal +
+                                               "): " + ZLT::String::UTF16ToUTF8(member.name));
     }
     total += member.size;
     if (total > Settings().maxUnpackedBytes) {
-      throw std::runtime_error("the package unpacks to more bytes than maxUnpackedBytes allows");
+      throw PackageFault("package.too-large",
+                         "the package unpacks to more bytes than maxUnpackedBytes allows");
     }
   }
 }
@@ -57,41 +64,71 @@ std::wstring CreateFolderBeside(const std::wstring& cabPath) {
     if (GetLastError() != ERROR_ALREADY_EXISTS) break;
     folder = stem + L"-" + std::to_wstring(number);
   }
-  throw std::runtime_error("the package's folder cannot be created, error " +
-                           std::to_string(GetLastError()));
+  throw PackageFault("package.not-unpacked", "the package's folder cannot be created, error " +
+                                                 std::to_string(GetLastError()));
 }
 
 /// A package that was there already needed no download, which takes the machine's lease.
 void TakeLease(const std::wstring& cabPath) {
-  const std::wstring folder = refhost::DownloadFolder();
+  const std::wstring folder = DownloadFolder();
   if (cabPath.substr(0, cabPath.find_last_of(L'\\')) != folder) return;
   std::wstring why;
-  if (refhost::InstallationLease::Take(folder, why) == refhost::InstallationLease::Answer::Taken) {
+  if (InstallationLease::Take(folder, why) == InstallationLease::Answer::Taken) {
     return;
   }
-  throw std::runtime_error("the machine's lease is not to be had: " +
-                           ZLT::String::UTF16ToUTF8(why));
+  throw PackageFault("device.lease",
+                     "the machine's lease is not to be had: " + ZLT::String::UTF16ToUTF8(why));
 }
 
-}  // namespace
+/// @return why the package is refused, empty when it may be unpacked.
+std::string Judge(const CabinetFile& cabinet) {
+  const Clock::time_point begin = Clock::now();
+  const SignatureFindings findings = InspectSignature(cabinet);
+  const std::string refusal = RefusalOfPackage(Policy(), findings);
+  if (cabinet.IsToStop()) throw PackageFault("package.stopped", "the suite was told to stop");
+  Event("package.judged")
+      .With("file", FileSystem::getFileName(cabinet.Path()))
+      .With("publisher", findings.publisher)
+      .With("thumbprint", findings.thumbprint)
+      .With("reason", refusal)
+      .With("cause", refusal.empty() ? "" : CauseOfRefusal(findings))
+      .Since(begin)
+      .Write();
+  return refusal;
+}
 
-std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
-  TakeLease(cabPath);
-  const CabinetFile cabinet(cabPath);
-  const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
-  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
-  if (!refusal.empty()) {
-    g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
-            String::UTF8ToUTF16(refusal).c_str());
-    return {};
-  }
+std::wstring Unpack(const CabinetFile& cabinet) {
+  const Clock::time_point begin = Clock::now();
   CheckMembers(cabinet);
-  std::wstring folder = CreateFolderBeside(cabPath);
+  std::wstring folder = CreateFolderBeside(cabinet.Path());
   try {
     UnpackMembers(cabinet, folder);
   } catch (...) {
     FileSystem::deleteDirectoryOrFile(folder, true);
     throw;
   }
+  Event("package.unpacked").Since(begin).Write();
   return folder;
+}
+
+void TellFault(const char* cause, const std::exception& fault) {
+  Event("package.unpacked").With("cause", cause).With("reason", fault.what()).Write();
+}
+
+}  // namespace
+
+std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) try {
+  TakeLease(cabPath);
+  const CabinetFile cabinet(cabPath);
+  const std::string refusal = Judge(cabinet);
+  if (refusal.empty()) return Unpack(cabinet);
+  g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
+          String::UTF8ToUTF16(refusal).c_str());
+  return {};
+} catch (const PackageFault& fault) {
+  TellFault(fault.cause, fault);
+  throw;
+} catch (const std::exception& fault) {
+  TellFault("package.damaged", fault);
+  throw;
 }

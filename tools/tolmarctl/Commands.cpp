@@ -9,6 +9,7 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
 #include "host/core/ZLTPublisherSubscriber.h"
+#include "tools/tolmarctl/Installation.h"
 #include "tools/tolmarctl/ProgressDisplay.h"
 
 namespace {
@@ -60,7 +61,7 @@ Outcome Install(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   if (outcome.code != 0) return outcome;
   std::optional<ProgressDisplay> display;
   if (!options.json) display.emplace(agent, outcome.result);
-  outcome.code = agent.InstallEntitledSoftware(outcome.result, cancel, options.preinstallOnly);
+  outcome.code = InstallTitles(agent, outcome.result, options, cancel);
   return outcome;
 }
 

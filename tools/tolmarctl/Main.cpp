@@ -12,10 +12,12 @@
 #include "host/common/EpUrlProvider.h"
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
+#include "tools/tolmarctl/Bundle.h"
 #include "tools/tolmarctl/CancelWatch.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Output.h"
+#include "tools/tolmarctl/ReportCommand.h"
 
 namespace {
 
@@ -106,6 +108,8 @@ int main() {
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
   if (options.command == "explain") return Explain(options);
   if (!StartHost(options)) return ExitStatus::Usage;
+  if (options.command == "report") return Report(options);
+  if (options.command == "bundle") return Bundle(options);
   CancelWatch watch(options.timeoutSeconds);
   const Outcome outcome = RunWithAgent(options, watch);
   const int status = StatusOf(options, outcome, watch.Why());

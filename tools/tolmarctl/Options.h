@@ -13,6 +13,7 @@ struct Options {
   std::string l1FruPn;
   std::string moduleFruPn;
   std::string subject;  ///< what to explain
+  std::string file;     ///< what to write
 
   /// @return true for a command that changes nothing on the device.
   bool IsReadOnly() const;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string>
 
+#include "reference_host/process/Restart.h"
 #include "tools/tolmarctl/Explain.h"
 
 namespace {
@@ -55,6 +56,14 @@ bool AreAll(const Json::Value& list, bool (*isSo)(const Json::Value&)) {
   return (list.isNull() || list.isArray()) && std::all_of(list.begin(), list.end(), isSo);
 }
 
+/// @return what installers have said, for the commands whose business it is.
+std::string WantedRestart(const Options& options) {
+  if (options.command != "install" && options.command != "status") return {};
+  const refhost::Restart restart = refhost::RecordedRestart();
+  if (restart == refhost::Restart::None) return {};
+  return restart == refhost::Restart::Required ? "required" : "initiated";
+}
+
 void PrintJson(const Options& options, const Outcome& outcome) {
   Json::Value root;
   root["command"] = options.command;
@@ -65,6 +74,8 @@ void PrintJson(const Options& options, const Outcome& outcome) {
     root["result"] = outcome.result.isNull() ? Json::Value(Json::objectValue) : outcome.result;
   }
   if (outcome.code != 0) root["cause"] = CauseIdOf(outcome.code);
+  if (const std::string restart = WantedRestart(options); !restart.empty())
+    root["restart"] = restart;
   PrintJsonLine(root);
 }
 
@@ -76,6 +87,7 @@ void PrintTitle(const Json::Value& title) {
   std::printf("  %-16s %-24s %s%s\n", title["l1FruPn"].asCString(),
               title.get("name", "").asString().c_str(), title.get("status", "").asString().c_str(),
               title["preinstallSw"].asBool() ? "  (pre-install)" : "");
+  std::fputs(ExplanationOf(title).c_str(), stdout);
 }
 
 void PrintFile(const Json::Value& file) {
@@ -95,6 +107,9 @@ void PrintText(const Options& options, const Outcome& outcome) {
   for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
   for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
   if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
+  if (const std::string restart = WantedRestart(options); !restart.empty()) {
+    std::printf("restart: %s\n", restart.c_str());
+  }
   std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
   if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);
 }
@@ -102,6 +117,16 @@ void PrintText(const Options& options, const Outcome& outcome) {
 }  // namespace
 
 void PrintJsonLine(const Json::Value& document) { std::puts(OnOneLine(document).c_str()); }
+
+std::string TextIn(const Json::Value& object, const char* name) {
+  const bool isText = object.isObject() && object[name].isString();
+  return isText ? object[name].asString() : std::string();
+}
+
+void PrintLines(const std::string& lines) {
+  const Utf8Console console;
+  std::fputs(lines.c_str(), stdout);
+}
 
 bool PrintOutcome(const Options& options, const Outcome& outcome) {
   options.json ? PrintJson(options, outcome) : PrintText(options, outcome);

@@ -15,6 +15,7 @@
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
 #include "reference_host/Startup.h"
+#include "reference_host/log/Event.h"
 
 namespace {
 
@@ -33,6 +34,11 @@ int AppendRecords(const char* fileName, const char* mark) {
   for (int i = 0; i < 300; ++i) {
     log.d(L"%s %d of three hundred .", ZLT::String::UTF8ToUTF16(mark).c_str(), i);
   }
+  return 0;
+}
+
+int WriteEvents(int count) {
+  for (int i = 0; i < count; ++i) refhost::Event("test.crowd").With("number", i).Write();
   return 0;
 }
 
@@ -121,6 +127,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--start") return StartSuite();
   if (mode == "--lease" && count > 3) return HoldLease(first, arguments[3]);
   if (mode == "--append" && count > 3) return AppendRecords(first, arguments[3]);
+  if (mode == "--events") return WriteEvents(std::atoi(first));
   if (mode == "--exit") return std::atoi(first);
   if (mode == "--wait") return WaitForEvent(first);
   if (mode == "--tree") return StartGrandchild(first) ? WaitForEvent(first) : 8;

@@ -1,0 +1,114 @@
+#include "tools/tolmarctl/Phrases.h"
+
+#include <json/reader.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace timeline {
+
+namespace {
+
+/// A terminal acts upon control characters; of those beyond ASCII UTF-8 has C2 80 to C2 9F.
+std::string Plain(const std::string& text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0xFFu;
+    if (c == 0xC2 && next < 0xA0) {
+      ++i;
+      plain += '?';
+    } else if (c == '\t') {
+      plain += ' ';
+    } else if (c != '\r') {
+      plain += (c < 0x20 && c != '\n') || c == 0x7F ? '?' : text[i];
+    }
+  }
+  return plain;
+}
+
+std::string Format(const char* format, double number) {
+  char text[64];
+  std::snprintf(text, sizeof text, format, number);
+  return text;
+}
+
+/// @return "1.0 MB", in decimal units as networks have them.
+std::string Bytes(std::int64_t bytes) {
+  const auto number = static_cast<double>(bytes);
+  if (bytes < 1000) return std::to_string(bytes) + " bytes";
+  if (bytes < 1000000) return Format("%.1f kB", number / 1e3);
+  return bytes < 1000000000 ? Format("%.1f MB", number / 1e6) : Format("%.2f GB", number / 1e9);
+}
+
+std::string FileDone(const Record& record) {
+  return record.Text("file") + ": " + Bytes(record.Number("bytes")) + " in " +
+         Duration(record.Number("ms")) + ", " + Bytes(record.Number("bytesPerSecond")) + "/s";
+}
+
+std::string FileFailed(const Record& record) {
+  std::string phrase = record.Text("file") + ", attempt " +
+                       std::to_string(record.Number("attempt")) + ": " + record.Text("reason");
+  if (record.Has("status")) phrase += ", HTTP status " + std::to_string(record.Number("status"));
+  if (record.Has("waitMs")) phrase += "; again after " + Duration(record.Number("waitMs"));
+  return phrase;
+}
+
+std::string Verdict(const Record& record) {
+  const std::string publisher = record.Text("publisher");
+  std::string phrase = record.Text("file") + ": ";
+  phrase += publisher.empty() ? "no signer to be told" : "signed by \"" + publisher + "\"";
+  const std::string reason = record.Text("reason");
+  return reason.empty() ? phrase : phrase + ", refused: " + reason;
+}
+
+std::string ScriptEnd(const Record& record) {
+  const std::string ending = record.Has("exitCode")
+                                 ? "exit code " + std::to_string(record.Number("exitCode"))
+                                 : record.Text("reason");
+  return record.Text("kind") + ": " + ending;
+}
+
+}  // namespace
+
+std::optional<Record> Record::Parse(const std::string& line) try {
+  const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+  Record record;
+  const bool isRead =
+      reader->parse(line.data(), line.data() + line.size(), &record._fields, nullptr);
+  return isRead && record._fields.isObject() ? std::optional(record) : std::nullopt;
+} catch (const Json::Exception&) {
+  return std::nullopt;
+}
+
+std::string Record::Text(const char* key) const {
+  return _fields[key].isString() ? Plain(_fields[key].asString()) : std::string();
+}
+
+std::int64_t Record::Number(const char* key) const {
+  return _fields[key].isInt64() ? _fields[key].asInt64() : 0;
+}
+
+bool Record::IsTrue(const char* key) const {
+  return _fields[key].isBool() && _fields[key].asBool();
+}
+
+std::string PhraseOf(const Record& record) {
+  const std::string kind = record.Text("event");
+  if (kind == "file.done") return FileDone(record);
+  if (kind == "file.failed") return FileFailed(record);
+  if (kind == "package.judged") return Verdict(record);
+  if (kind == "script.ended") return ScriptEnd(record);
+  if (kind == "restart.wanted") return "restart: " + record.Text("restart");
+  if (kind == "token.failed")
+    return "no token, status or error " + std::to_string(record.Number("status"));
+  return record.Text("reason");
+}
+
+std::string Duration(std::int64_t milliseconds) {
+  if (milliseconds < 60000) return Format("%.1f s", static_cast<double>(milliseconds) / 1e3);
+  const std::int64_t seconds = milliseconds / 1000;
+  return std::to_string(seconds / 60) + " min " + std::to_string(seconds % 60) + " s";
+}
+
+}  // namespace timeline
