@@ -3,16 +3,20 @@
 #include <windows.h>
 // Behind windows.h, whose types it needs.
 #include <shellapi.h>
+#include <winhttp.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
+#include "host/common/HttpRequest.h"
 #include "host/common/Log.h"
 #include "host/common/ProcessWrap.h"
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
 #include "reference_host/Startup.h"
+#include "tests/host/windows/FakeImport.h"
 
 namespace {
 
@@ -97,6 +101,33 @@ int Echo() {
   return 0;
 }
 
+/// @return 0 when the POST was answered.
+int Post(const std::wstring& url) {
+  ZLT::HttpRequest request(url.c_str(), L"", nullptr, ZLT::HttpTimeouts::DEFAULT);
+  return request.doPost("{}", 2, L"") && request.getStatusCode() == 200 ? 0 : 1;
+}
+
+/// Windows as it was before it knew TLS 1.3: what is asked for besides is not taken either.
+std::vector<DWORD> protocolsAsked;
+BOOL WINAPI SetOptionOfOlderWindows(HINTERNET handle, DWORD option, void* value, DWORD size) {
+  if (option != WINHTTP_OPTION_SECURE_PROTOCOLS) {
+    return WinHttpSetOption(handle, option, value, size);
+  }
+  protocolsAsked.push_back(*static_cast<DWORD*>(value));
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return (protocolsAsked.back() & WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3) == 0;
+}
+
+/// @return 0 when TLS 1.3 and 1.2 are asked for, and 1.2 alone when that is refused.
+int AskForProtocols() {
+  const FakeImport option("winhttp.dll", "WinHttpSetOption",
+                          reinterpret_cast<void*>(&SetOptionOfOlderWindows));
+  Post(L"http://127.0.0.1:1/");
+  constexpr DWORD Tls12 = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
+  const std::vector<DWORD> expected{Tls12 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3, Tls12};
+  return protocolsAsked == expected ? 0 : 1;
+}
+
 }  // namespace
 
 std::optional<int> RunAsChild(int count, char** arguments) {
@@ -113,5 +144,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--read-input") return ReadInput();
   if (mode == "--print" && count > 3) return Print(std::atoi(first), arguments[3]);
   if (mode == "--echo") return Echo();
+  if (mode == "--post") return Post(ZLT::String::UTF8ToUTF16(first));
+  if (mode == "--older-windows") return AskForProtocols();
   return std::nullopt;
 }
