@@ -10,11 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "host/common/FileSystem.h"
 #include "host/common/HttpRequest.h"
 #include "host/common/Log.h"
 #include "host/common/ProcessWrap.h"
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
+#include "host/core/ZLTPublisherSubscriber.h"
 #include "reference_host/Startup.h"
 #include "tests/host/windows/FakeImport.h"
 
@@ -128,6 +130,51 @@ int AskForProtocols() {
   return protocolsAsked == expected ? 0 : 1;
 }
 
+/// The guest DLL as a host has it.
+struct Guest {
+  HMODULE module = LoadLibraryW(L"host_guest.dll");
+
+  template <typename Result, typename... Arguments>
+  Result Call(const char* name, Arguments... arguments) const {
+    const auto address = reinterpret_cast<void*>(GetProcAddress(module, name));
+    return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
+  }
+};
+
+bool Publish(std::uint32_t topic, HANDLE event, unsigned int timeout) {
+  const auto state = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(event));
+  return ZLTPublisherSubscriber::GetInstance()->Publish({false, topic, state}, timeout);
+}
+
+/// A notification, a download and another notification. @return true when all reached the guest.
+bool Serve(const Guest& guest, const wchar_t* url) {
+  guest.Call<void>("GuestStart");
+  const std::wstring path = ZLT::utility::GetZltKivDownloadPath() + L"\\guest.bin";
+  return Publish(1, nullptr, 20000) && guest.Call<int>("GuestDownload", url, path.c_str()) == 1 &&
+         Publish(1, nullptr, 20000) && guest.Call<int>("GuestNotifications") == 2;
+}
+
+/// Loads a component of the suite, unloads it while the bus is in it, and loads it again at another
+/// place. @return 0 when both served and nothing called where nothing is.
+int Reload(const std::wstring& url) {
+  FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath(), true);
+  const Guest first;
+  if (!Serve(first, url.c_str())) return 20;
+  const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  if (Publish(2, event, 1)) return 21;  // held there
+  while (first.Call<int>("GuestNotifications") < 3) SwitchToThread();
+  first.Call<void>("GuestCleanUp");
+  if (first.Call<int>("GuestDownload", url.c_str(), L"C:\\never") != 0) return 22;
+  FreeLibrary(first.module);
+  SetEvent(event);
+  Publish(1, nullptr, 20000);
+  if (GetModuleHandleW(L"host_guest.dll") != nullptr) return 23;
+  VirtualAlloc(first.module, 1, MEM_RESERVE, PAGE_NOACCESS);
+  const Guest second;
+  if (second.module == first.module) return 24;
+  return Serve(second, url.c_str()) ? 0 : 25;
+}
+
 }  // namespace
 
 std::optional<int> RunAsChild(int count, char** arguments) {
@@ -146,5 +193,6 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--echo") return Echo();
   if (mode == "--post") return Post(ZLT::String::UTF8ToUTF16(first));
   if (mode == "--older-windows") return AskForProtocols();
+  if (mode == "--reload") return Reload(ZLT::String::UTF8ToUTF16(first));
   return std::nullopt;
 }
