@@ -28,8 +28,7 @@ TEST(JwtExpiry, IsReadFromWhatTellsIt) {
   };
   for (const auto& row : rows) {
     const std::optional<refhost::JwtTimes> times = refhost::TimesOf(row.jwt);
-    ASSERT_EQ(times.has_value(), row.expiry.has_value()) << row.name;
-    if (times) EXPECT_EQ(times->expiry, *row.expiry) << row.name;
+    EXPECT_EQ(times ? std::optional(times->expiry) : std::nullopt, row.expiry) << row.name;
   }
   EXPECT_EQ(refhost::TimesOf("e30.eyJleHAiOjksImlhdCI6N30.")->issued, 7);
   EXPECT_EQ(refhost::TimesOf("e30.eyJleHAiOjksImlhdCI6IjcifQ.")->issued, std::nullopt);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"
 #include "host/common/HttpRequest.h"
 #include "host/common/Log.h"
@@ -109,6 +110,17 @@ int Post(const std::wstring& url) {
   return request.doPost("{}", 2, L"") && request.getStatusCode() == 200 ? 0 : 1;
 }
 
+/// @return 0 when BITS has brought the file.
+int Download(const std::wstring& url) {
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  FileSystem::createDirectory(folder, true);
+  GUID id{};
+  DownloadAgent& agent = *DownloadAgent::GetInstance(L"Child", {}, {}, {});
+  return agent.DownloadFiles(L"Child", false, {{url, folder + L"\\child.bin"}}, L"", id, nullptr, 0)
+             ? 0
+             : 1;
+}
+
 /// Windows as it was before it knew TLS 1.3: what is asked for besides is not taken either.
 std::vector<DWORD> protocolsAsked;
 BOOL WINAPI SetOptionOfOlderWindows(HINTERNET handle, DWORD option, void* value, DWORD size) {
@@ -192,6 +204,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--print" && count > 3) return Print(std::atoi(first), arguments[3]);
   if (mode == "--echo") return Echo();
   if (mode == "--post") return Post(ZLT::String::UTF8ToUTF16(first));
+  if (mode == "--download") return Download(ZLT::String::UTF8ToUTF16(first));
   if (mode == "--older-windows") return AskForProtocols();
   if (mode == "--reload") return Reload(ZLT::String::UTF8ToUTF16(first));
   return std::nullopt;
