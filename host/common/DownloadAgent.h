@@ -46,8 +46,9 @@ class ZLT_API DownloadAgent {
   /// @param jobName in, the name that the caller's jobs have.
   /// @param onComplete in, see there. @param onProgress in, see there. @param onError in, see
   /// there.
-  /// @return the service with these callbacks for jobs named `jobName`; the same object for the
-  /// same name, which keeps its first callbacks. Never null; lives as long as the process.
+  /// @return the service for jobs named `jobName`; the same object for the same name, for which the
+  /// newest callbacks hold from the next download on. Their DLL stays loaded until others replace
+  /// them or `CleanUp`. Never null; lives as long as the process.
   static DownloadAgent* GetInstance(std::wstring jobName, CompleteCallback onComplete,
                                     ProgressCallback onProgress, ErrorCallback onError);
 
@@ -71,7 +72,8 @@ class ZLT_API DownloadAgent {
   bool ResumeDownload(std::wstring jobName, FileMap files);
 
   /// Cancels what is running; a blocked `DownloadFiles` returns false soon, later calls return
-  /// false at once. A package that is being unpacked is given up too.
+  /// false at once, until the DLL of the callbacks is unloaded and one loaded anew asks for the
+  /// service. A package that is being unpacked is given up too.
   void CleanUp();
 
  private:

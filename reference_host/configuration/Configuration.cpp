@@ -99,6 +99,17 @@ std::string ReadUrl(const Reader& reader, const char* key) {
   return url;
 }
 
+/// WinHTTP and BITS have the plain form in common. @return empty when the key is absent.
+std::wstring ReadProxy(const Reader& reader, const char* key) {
+  std::wstring proxy = ZLT::String::UTF8ToUTF16(reader.OptionalText(key));
+  Url url;
+  if (!proxy.empty() &&
+      (!ParseUrl(L"http://" + proxy, url) || proxy.find_first_of(L"/?#") != std::wstring::npos)) {
+    Refuse(key, "must be a host and a port, as \"proxy.example:8080\"");
+  }
+  return proxy;
+}
+
 /// @return the folder without its trailing backslash; empty when the key is absent.
 std::wstring ReadFolder(const Reader& reader, const char* key) {
   std::wstring folder = ZLT::String::UTF8ToUTF16(reader.OptionalText(key));
@@ -136,6 +147,7 @@ Configuration Read(const Reader& reader) {
   read.sessionToken = reader.RequiredText("sessionToken");
   read.tokenUrl = ReadUrl(reader, "tokenUrl");
   read.registered = reader.Flag("registered", read.registered);
+  read.proxy = ReadProxy(reader, "proxy");
   read.downloadFolder = ReadFolder(reader, "downloadFolder");
   read.logFolder = ReadFolder(reader, "logFolder");
   read.requireSignedPackages = reader.Flag("requireSignedPackages", read.requireSignedPackages);

@@ -14,6 +14,7 @@ struct Configuration {
   std::string sessionToken;
   std::string tokenUrl;
   bool registered = true;
+  std::wstring proxy;           ///< host and port; empty: the machine's settings
   std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
   std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;

@@ -80,8 +80,10 @@ bool BitsDownload::RunJobs() {
 
 HRESULT BitsDownload::MakeJob() {
   HRESULT result = S_OK;
-  _job = BitsJob::Make(_manager,
-                       {_order.name, _order.headers, _order.priority, _files.Unfinished()}, result);
+  _job = BitsJob::Make(
+      _manager,
+      {_order.name, _order.headers, _order.priority, _files.Unfinished(), Settings().proxy},
+      result);
   return result;
 }
 

@@ -3,6 +3,7 @@
 #include <bits2_0.h>
 #include <bits2_5.h>
 
+#include "reference_host/base/Url.h"
 #include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
@@ -98,6 +99,10 @@ std::unique_ptr<BitsJob> BitsJob::Make(const Manager& manager, const BitsOrder& 
 
 HRESULT BitsJob::Set(const BitsOrder& order) {
   HRESULT result = _job->SetPriority(order.priority);
+  if (SUCCEEDED(result) && !order.proxy.empty()) {
+    result =
+        _job->SetProxySettings(BG_JOB_PROXY_USAGE_OVERRIDE, order.proxy.c_str(), LoopbackHosts);
+  }
   if (FAILED(result)) return result;
   _job->SetNoProgressTimeout(NoProgressTimeout);
   _job->SetMinimumRetryDelay(MinRetryDelay);

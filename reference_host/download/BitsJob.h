@@ -25,6 +25,7 @@ struct BitsOrder {
   std::wstring headers;  ///< lines separated by CR LF, sent with every file
   BG_JOB_PRIORITY priority;
   std::vector<BitsFile> files;
+  std::wstring proxy{};  ///< host and port; empty: what the machine has for the account
 };
 
 struct BitsProgress {

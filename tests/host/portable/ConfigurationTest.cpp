@@ -34,7 +34,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
               R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
               R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
               R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
-              R"("retryWaitScale":0.01,"trustedPublishers":[")" +
+              R"("proxy":"proxy.example:8080","retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
       "");
@@ -48,6 +48,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.maxUnpackedBytes, 1024U);
   EXPECT_EQ(read.logMaxBytes, 4096U);
   EXPECT_EQ(read.retryWaitScale, 0.01);
+  EXPECT_EQ(read.proxy, L"proxy.example:8080");
   EXPECT_EQ(read.trustedPublishers, std::vector<std::string>{std::string(64, 'a')});
 }
 
@@ -57,6 +58,9 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
     const char* named;
   } rows[] = {
       {R"({"baseUrl":"https://h"})", "\"realm\" is missing"},
+      {WithMore(R"("proxy":"http://proxy:8080")"), "\"proxy\" must be a host and a port"},
+      {WithMore(R"("proxy":"user:word@proxy:8080")"), "\"proxy\" must be a host"},
+      {WithMore(R"("proxy":"one:1 two:2")"), "\"proxy\" must be a host"},
       {WithMore(R"("registered":1)"), "\"registered\" must be true or false"},
       {WithMore(R"("logFolder":true)"), "\"logFolder\" must be a text"},
       {WithMore(R"("downloadFolder":"C:\\")"), "\"downloadFolder\""},

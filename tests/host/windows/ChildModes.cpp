@@ -3,18 +3,23 @@
 #include <windows.h>
 // Behind windows.h, whose types it needs.
 #include <shellapi.h>
+#include <winhttp.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"
+#include "host/common/HttpRequest.h"
 #include "host/common/Log.h"
 #include "host/common/ProcessWrap.h"
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
+#include "host/core/ZLTPublisherSubscriber.h"
 #include "reference_host/Startup.h"
+#include "tests/host/windows/FakeImport.h"
 
 namespace {
 
@@ -113,6 +118,89 @@ int Echo() {
   return 0;
 }
 
+/// @return 0 when the POST was answered.
+int Post(const std::wstring& url) {
+  ZLT::HttpRequest request(url.c_str(), L"", nullptr, ZLT::HttpTimeouts::DEFAULT);
+  return request.doPost("{}", 2, L"") && request.getStatusCode() == 200 ? 0 : 1;
+}
+
+/// @return 0 when BITS has brought the file.
+int Download(const std::wstring& url) {
+  const std::wstring folder = ZLT::utility::GetZltKivDownloadPath();
+  FileSystem::createDirectory(folder, true);
+  GUID id{};
+  DownloadAgent& agent = *DownloadAgent::GetInstance(L"Child", {}, {}, {});
+  return agent.DownloadFiles(L"Child", false, {{url, folder + L"\\child.bin"}}, L"", id, nullptr, 0)
+             ? 0
+             : 1;
+}
+
+/// Windows as it was before it knew TLS 1.3: what is asked for besides is not taken either.
+std::vector<DWORD> protocolsAsked;
+BOOL WINAPI SetOptionOfOlderWindows(HINTERNET handle, DWORD option, void* value, DWORD size) {
+  if (option != WINHTTP_OPTION_SECURE_PROTOCOLS) {
+    return WinHttpSetOption(handle, option, value, size);
+  }
+  protocolsAsked.push_back(*static_cast<DWORD*>(value));
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return (protocolsAsked.back() & WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3) == 0;
+}
+
+/// @return 0 when TLS 1.3 and 1.2 are asked for, and 1.2 alone when that is refused.
+int AskForProtocols() {
+  const FakeImport option("winhttp.dll", "WinHttpSetOption",
+                          reinterpret_cast<void*>(&SetOptionOfOlderWindows));
+  Post(L"http://127.0.0.1:1/");
+  constexpr DWORD Tls12 = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
+  const std::vector<DWORD> expected{Tls12 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3, Tls12};
+  return protocolsAsked == expected ? 0 : 1;
+}
+
+/// The guest DLL as a host has it.
+struct Guest {
+  HMODULE module = LoadLibraryW(L"host_guest.dll");
+
+  template <typename Result, typename... Arguments>
+  Result Call(const char* name, Arguments... arguments) const {
+    const auto address = reinterpret_cast<void*>(GetProcAddress(module, name));
+    return reinterpret_cast<Result (*)(Arguments...)>(address)(arguments...);
+  }
+};
+
+bool Publish(std::uint32_t topic, HANDLE event, unsigned int timeout) {
+  const auto state = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(event));
+  return ZLTPublisherSubscriber::GetInstance()->Publish({false, topic, state}, timeout);
+}
+
+/// A notification, a download and another notification. @return true when all reached the guest.
+bool Serve(const Guest& guest, const wchar_t* url) {
+  guest.Call<void>("GuestStart");
+  const std::wstring path = ZLT::utility::GetZltKivDownloadPath() + L"\\guest.bin";
+  return Publish(1, nullptr, 20000) && guest.Call<int>("GuestDownload", url, path.c_str()) == 1 &&
+         Publish(1, nullptr, 20000) && guest.Call<int>("GuestNotifications") == 2;
+}
+
+/// Loads a component of the suite, unloads it while the bus is in it, and loads it again at another
+/// place. @return 0 when both served and nothing called where nothing is.
+int Reload(const std::wstring& url) {
+  FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath(), true);
+  const Guest first;
+  if (!Serve(first, url.c_str())) return 20;
+  const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  if (Publish(2, event, 1)) return 21;  // held there
+  while (first.Call<int>("GuestNotifications") < 3) SwitchToThread();
+  first.Call<void>("GuestCleanUp");
+  if (first.Call<int>("GuestDownload", url.c_str(), L"C:\\never") != 0) return 22;
+  FreeLibrary(first.module);
+  SetEvent(event);
+  Publish(1, nullptr, 20000);
+  if (GetModuleHandleW(L"host_guest.dll") != nullptr) return 23;
+  VirtualAlloc(first.module, 1, MEM_RESERVE, PAGE_NOACCESS);
+  const Guest second;
+  if (second.module == first.module) return 24;
+  return Serve(second, url.c_str()) ? 0 : 25;
+}
+
 }  // namespace
 
 std::optional<int> RunAsChild(int count, char** arguments) {
@@ -130,5 +218,9 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--read-input") return ReadInput();
   if (mode == "--print" && count > 3) return Print(std::atoi(first), arguments[3]);
   if (mode == "--echo") return Echo();
+  if (mode == "--post") return Post(ZLT::String::UTF8ToUTF16(first));
+  if (mode == "--download") return Download(ZLT::String::UTF8ToUTF16(first));
+  if (mode == "--older-windows") return AskForProtocols();
+  if (mode == "--reload") return Reload(ZLT::String::UTF8ToUTF16(first));
   return std::nullopt;
 }

@@ -336,7 +336,7 @@ TEST_F(DownloadAgentTest, OneProcessInstallsAtATime) {
   EXPECT_EQ(TestMachine::ReadFile(held).size(), 3000U);
 }
 
-TEST(DownloadAgent, OneNameHasOneServiceWithItsFirstCallbacks) {
+TEST(DownloadAgent, OneNameHasOneService) {
   DownloadAgent* agent = DownloadAgent::GetInstance(L"Once", {}, {}, {});
   EXPECT_EQ(DownloadAgent::GetInstance(L"Once", {}, {}, {}), agent);
   EXPECT_NE(DownloadAgent::GetInstance(L"Twice", {}, {}, {}), agent);
@@ -344,4 +344,16 @@ TEST(DownloadAgent, OneNameHasOneServiceWithItsFirstCallbacks) {
   EXPECT_FALSE(agent->DownloadFiles(L"Twice", false, {}, L"", id, nullptr, 1));
   EXPECT_FALSE(agent->DownloadFiles(L"Once", true, {}, L"", id, nullptr, 1));
   EXPECT_TRUE(agent->DownloadFiles(L"Once", false, {}, L"", id, nullptr, 1));
+}
+
+/// Wine's BITS takes no proxy, which shows that it is given the configured one.
+TEST(DownloadAgent, NoJobIsMadeThatWouldGoPastTheConfiguredProxy) {
+  LoopbackServer server([](const HttpSeen&) { return HttpAnswer{.body = "x"}; });
+  Json::Value changes;
+  changes["proxy"] = "127.0.0.1:9";
+  std::string output;
+  EXPECT_EQ(TestMachine::RunAgain(L"--download " + server.Url(L"/x"),
+                                  TestMachine::ConfigurationWith(changes), output),
+            1U);
+  EXPECT_NE(TestMachine::LastError().find("0x80004001"), std::string::npos);
 }

@@ -50,6 +50,9 @@ class LoopbackServer {
   std::wstring Url(const std::wstring& path) const;
   std::vector<HttpSeen> Seen() const;
 
+  /// Blocks until the server has closed so many connections.
+  void WaitForClosed(int count);
+
  private:
   using Socket = std::uintptr_t;  ///< as Winsock has it
 
@@ -63,6 +66,8 @@ class LoopbackServer {
 
   mutable std::mutex _mutex;
   std::condition_variable _stopped;
+  std::condition_variable _closed;
+  int _closedCount = 0;
   bool _stopping = false;
   Handler _handler;
   std::vector<HttpSeen> _seen;

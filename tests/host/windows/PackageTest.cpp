@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <stdexcept>
 
+#include "host/common/DownloadAgent.h"
 #include "host/common/PackageExtractor.h"
+#include "tests/host/windows/FakeImport.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace fs = std::filesystem;
@@ -42,6 +45,13 @@ class Package {
     }
     std::sort(contents.begin(), contents.end());
     return contents;
+  }
+
+  /// @return true when nobody has the package open.
+  bool IsFree() const {
+    const HANDLE file =
+        CreateFileW(cab.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) != 0;
   }
 
   fs::path folder;
@@ -114,6 +124,51 @@ TEST(PackageExtractor, TakesNoPackageThatSomebodyMayStillChange) {
 }
 
 /// Run once more by the test below, in processes with packages and configurations of their own.
+/// Windows as it judges a signature while the network is slow.
+struct SlowTrust {
+  static inline HANDLE asked, answered;
+  static inline ULONGLONG passed;
+
+  static LONG WINAPI Verify(HWND, GUID*, void*) {
+    SetEvent(asked);
+    WaitForSingleObject(answered, 60000);
+    return 0;
+  }
+  static BOOL WINAPI AwakeTime(ULONGLONG* ticks) {
+    if (!QueryUnbiasedInterruptTime(ticks)) return FALSE;
+    *ticks += passed;
+    return TRUE;
+  }
+};
+
+TEST(PackageExtractor, ASignatureThatWaitsForTheNetworkIsGivenUp) {
+  SlowTrust::asked = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+  SlowTrust::answered = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  SlowTrust::passed = 0;
+  const FakeImport trust("wintrust.dll", "WinVerifyTrust",
+                         reinterpret_cast<void*>(&SlowTrust::Verify));
+  const FakeImport clock("kernel32.dll", "QueryUnbiasedInterruptTime",
+                         reinterpret_cast<void*>(&SlowTrust::AwakeTime));
+  const Package package("signed.cab");
+  const auto extract = [&] {
+    auto done =
+        std::async(std::launch::async, &ZLT::PackageExtractor::ExtractCab, package.cab.wstring());
+    EXPECT_EQ(WaitForSingleObject(SlowTrust::asked, 20000), WAIT_OBJECT_0);
+    return done;
+  };
+  auto late = extract();
+  SlowTrust::passed = 61'000ULL * 10'000;
+  EXPECT_EQ(late.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  auto stopped = extract();
+  DownloadAgent::GetInstance(L"Signature", {}, {}, {})->CleanUp();
+  EXPECT_EQ(stopped.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  SetEvent(SlowTrust::answered);
+  EXPECT_EQ(late.get(), L"");
+  EXPECT_THROW(stopped.get(), std::runtime_error);
+  EXPECT_NE(TestMachine::ReadLog(L"ZLT.log").find("was not judged in time"), std::string::npos);
+  while (!package.IsFree()) SwitchToThread();  // what was left behind comes to its end
+}
+
 TEST(PackageExtractor, TakesThePackageOfTheEnvironment) {
   const char* fixture = std::getenv("TOLMAR_TEST_PACKAGE");
   const Package package(fixture == nullptr ? "signed.cab" : fixture);
