@@ -5,8 +5,11 @@
 #include "host/common/FileSystem.h"
 #include "host/common/Log.h"
 #include "reference_host/base/Handle.h"
+#include "reference_host/base/Patience.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/configuration/Folders.h"
+#include "reference_host/download/BitsLimits.h"
 
 namespace refhost {
 
@@ -19,7 +22,7 @@ constexpr int MaxRenewals = 3;
 HRESULT LastError() { return HRESULT_FROM_WIN32(GetLastError()); }
 
 BitsFailure FailureOf(const DownloadFile& file, BG_ERROR_CONTEXT context, HRESULT code) {
-  return FailureWith(context, code, file.PartPath());
+  return FailureWith(context, code, file.part);
 }
 
 std::optional<std::uint64_t> SizeOnDisk(const std::wstring& path) {
@@ -37,39 +40,66 @@ std::optional<BitsFailure> CheckLength(const DownloadFile& file, std::uint64_t s
                    size < *file.length ? TruncatedFile : OverlongFile);
 }
 
-std::optional<BitsFailure> PlaceOne(const DownloadFile& file) {
-  const std::wstring part = file.PartPath();
-  const std::optional<std::uint64_t> size = SizeOnDisk(part);
-  if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
-  if (std::optional<BitsFailure> failure = CheckLength(file, *size)) {
-    DeleteFileW(part.c_str());
-    return failure;
-  }
-  constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-  if (MoveFileExW(part.c_str(), file.path.c_str(), Flags)) return std::nullopt;
-  return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
+HRESULT Remove(const std::wstring& path) {
+  if (!DeleteFileW(path.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) return LastError();
+  // Somebody may have it open still and let it be deleted: the name goes only with the last handle.
+  return SizeOnDisk(path) ? HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION) : S_OK;
 }
 
-/// @return S_OK, or why the file will not get to its place.
-HRESULT ClearPlace(const DownloadFile& file) {
-  const std::wstring part = file.PartPath();
-  if (!DeleteFileW(part.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) return LastError();
-  // Somebody may have it open still and let it be deleted: the name goes only with the last handle.
-  if (SizeOnDisk(part)) return HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
-  // A file that somebody has open cannot be replaced.
+/// @return S_OK when another file can take the place of what is there, if anything is.
+HRESULT Replaceable(const std::wstring& path) {
   constexpr DWORD Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const Handle older(
-      CreateFileW(file.path.c_str(), DELETE, Sharing, nullptr, OPEN_EXISTING, 0, nullptr));
+      CreateFileW(path.c_str(), DELETE, Sharing, nullptr, OPEN_EXISTING, 0, nullptr));
   return older || GetLastError() == ERROR_FILE_NOT_FOUND ? S_OK : LastError();
 }
 
+HRESULT Move(const DownloadFile& file) {
+  constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  return MoveFileExW(file.part.c_str(), file.path.c_str(), Flags) ? S_OK : LastError();
+}
+
+/// @return the failure when `attempt` fails for the file, also while others may have it open.
+template <typename Attempt>
+std::optional<BitsFailure> FailureToUse(const DownloadFile& file, const DownloadFileSet::Wait& wait,
+                                        const Attempt& attempt) {
+  const HRESULT result = Patiently(DownloadFileSet::InUsePatience(), wait, attempt);
+  if (SUCCEEDED(result)) return std::nullopt;
+  return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
+}
+
+std::optional<BitsFailure> PlaceOne(const DownloadFile& file, const DownloadFileSet::Wait& wait) {
+  const std::optional<std::uint64_t> size = SizeOnDisk(file.part);
+  if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
+  if (std::optional<BitsFailure> failure = CheckLength(file, *size)) {
+    DeleteFileW(file.part.c_str());
+    return failure;
+  }
+  return FailureToUse(file, wait, [&file] { return Move(file); });
+}
+
+/// Names in folders below the download folder are flattened: there is one folder to arrive in.
+std::wstring PartOf(const std::wstring& path) {
+  const std::size_t folder = DownloadFolder().size();
+  std::wstring name = path.substr(std::min(folder, path.size()));
+  std::replace(name.begin(), name.end(), L'\\', L';');
+  return ArrivalFolder() + L"\\" + name.substr(1) + L".part";
+}
+
 }  // namespace
+
+std::wstring ArrivalFolder() { return DownloadFolder() + L".arriving"; }
+
+std::chrono::milliseconds DownloadFileSet::InUsePatience() {
+  return std::chrono::seconds(Settings().fileInUseSeconds);
+}
 
 DownloadFileSet::DownloadFileSet(const DownloadAgent::FileMap& files) {
   for (const auto& [url, path] : files) {
     DownloadFile& file = _files.emplace_back();
     file.url = url;
     file.path = path;
+    file.part = PartOf(path);
   }
 }
 
@@ -80,23 +110,53 @@ bool DownloadFileSet::IsFinished() const {
 std::vector<BitsFile> DownloadFileSet::Unfinished() const {
   std::vector<BitsFile> unfinished;
   for (const DownloadFile& file : _files) {
-    if (!file.finished) unfinished.push_back({file.url, file.PartPath()});
+    if (!file.finished) unfinished.push_back({file.url, file.part});
   }
   return unfinished;
 }
 
-std::vector<BitsFile> DownloadFileSet::TakeRenewed() {
+std::vector<BitsFile> DownloadFileSet::Renewed() const {
   std::vector<BitsFile> renewed;
-  for (DownloadFile& file : _files) {
-    if (file.renewed) renewed.push_back({file.url, file.PartPath()});
-    file.renewed = false;
+  for (const DownloadFile& file : _files) {
+    if (file.renewed && !file.finished) renewed.push_back({file.url, file.part});
   }
   return renewed;
 }
 
+void DownloadFileSet::ForgetRenewed() {
+  for (DownloadFile& file : _files) file.renewed = false;
+}
+
+void DownloadFileSet::TakeUp(const std::vector<BitsFile>& jobsFiles) {
+  for (DownloadFile& file : _files) {
+    file.renewed = std::any_of(jobsFiles.begin(), jobsFiles.end(), [&](const BitsFile& jobs) {
+      return jobs.localPath == file.part && jobs.url != file.url;
+    });
+  }
+}
+
+void DownloadFileSet::BeginAnew() {
+  ForgetRenewed();
+  for (DownloadFile& file : _files) {
+    if (!file.finished) file.transferred = 0;
+  }
+}
+
+std::optional<BitsFailure> DownloadFileSet::FindBeyondBits() const {
+  for (const DownloadFile& file : _files) {
+    if (!IsPathForBits(file.part)) {
+      return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, TooLongAName);
+    }
+    if (!IsAddressForBits(file.url)) {
+      return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, TooLongAName);
+    }
+  }
+  return std::nullopt;
+}
+
 DownloadFile& DownloadFileSet::FailingFile(const BitsFailure& failure) {
   const auto named = std::find_if(_files.begin(), _files.end(), [&](const DownloadFile& file) {
-    return !file.finished && file.PartPath() == failure.localPath;
+    return !file.finished && file.part == failure.localPath;
   });
   if (named != _files.end()) return *named;
   const auto missing = std::find_if(_files.begin(), _files.end(),
@@ -112,7 +172,7 @@ std::optional<BitsFailure> DownloadFileSet::Learn(const BitsProbe& probe) {
     file.length = answer.length;
     std::optional<BitsFailure> refusal = answer.Refusal();
     if (!refusal || first) continue;
-    refusal->localPath = file.PartPath();
+    refusal->localPath = file.part;
     first = refusal;
   }
   return first;
@@ -123,7 +183,7 @@ std::optional<BitsFailure> DownloadFileSet::TransportFailure(const BitsProbe& pr
     std::optional<BitsFailure> failure;
     if (!file.finished) failure = probe.AnswerFor(file.url).TransportFailure();
     if (!failure) continue;
-    failure->localPath = file.PartPath();
+    failure->localPath = file.part;
     return failure;
   }
   return std::nullopt;
@@ -132,7 +192,7 @@ std::optional<BitsFailure> DownloadFileSet::TransportFailure(const BitsProbe& pr
 void DownloadFileSet::Update(const std::vector<BitsProgress>& progress) {
   for (DownloadFile& file : _files) {
     const auto found = std::find_if(progress.begin(), progress.end(), [&](const BitsProgress& one) {
-      return one.localPath == file.PartPath();
+      return one.localPath == file.part;
     });
     if (file.finished || found == progress.end()) continue;
     file.transferred = found->transferred;
@@ -173,20 +233,32 @@ std::optional<BitsFailure> DownloadFileSet::FindNoRoom() const {
   return std::nullopt;
 }
 
-std::optional<BitsFailure> DownloadFileSet::ClearPlaces() const {
+std::optional<BitsFailure> DownloadFileSet::ClearPlaces(const Wait& wait) const {
   for (const DownloadFile& file : _files) {
     if (file.finished) continue;
-    const HRESULT result = ClearPlace(file);
-    if (FAILED(result)) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
+    const auto clear = [&file] {
+      const HRESULT result = Remove(file.part);
+      return FAILED(result) ? result : Replaceable(file.path);
+    };
+    if (std::optional<BitsFailure> failure = FailureToUse(file, wait, clear)) return failure;
   }
   return std::nullopt;
 }
 
-std::optional<BitsFailure> DownloadFileSet::Place() {
+std::optional<BitsFailure> DownloadFileSet::FindHeld(const Wait& wait) const {
+  for (const DownloadFile& file : _files) {
+    if (file.finished || !file.arrived) continue;
+    const auto look = [&file] { return Replaceable(file.part); };
+    if (std::optional<BitsFailure> failure = FailureToUse(file, wait, look)) return failure;
+  }
+  return std::nullopt;
+}
+
+std::optional<BitsFailure> DownloadFileSet::Place(const Wait& wait) {
   std::optional<BitsFailure> first;
   for (DownloadFile& file : _files) {
     if (file.finished || !file.arrived) continue;
-    const std::optional<BitsFailure> failure = PlaceOne(file);
+    const std::optional<BitsFailure> failure = PlaceOne(file, wait);
     file.finished = !failure;
     file.arrived = false;
     if (!first) first = failure;
@@ -209,6 +281,8 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
     refusal = L"no unfinished file has this name";
   } else if (!IsAllowedUrl(url)) {
     refusal = L"neither https nor a loopback address";
+  } else if (!IsAddressForBits(url)) {
+    refusal = L"BITS takes none that is so long";
   } else if (found->renewals >= MaxRenewals) {
     refusal = L"it had its share of new addresses";
   }
@@ -226,8 +300,9 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
 
 void DownloadFileSet::RemoveParts() const {
   for (const DownloadFile& file : _files) {
-    if (!file.finished) DeleteFileW(file.PartPath().c_str());
+    if (!file.finished) DeleteFileW(file.part.c_str());
   }
+  RemoveDirectoryW(ArrivalFolder().c_str());
 }
 
 DownloadProgressDetail DownloadFileSet::Total() const {

@@ -53,6 +53,10 @@ void CancelAside(ComPtr<IBackgroundCopyJob> job) {
   }
 }
 
+bool CannotRest(HRESULT suspended) { return suspended == E_NOTIMPL && IsInForce(); }
+
+bool KnowsNoOwner(HRESULT asked) { return asked == E_NOTIMPL && IsInForce(); }
+
 unsigned long SendOverIdleConnections(
     unsigned long error, const std::function<std::optional<unsigned long>()>& sendAgain) {
   for (int i = 0; i < MaxStaleConnections && IsBroken(error); ++i) {
