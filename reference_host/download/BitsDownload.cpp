@@ -63,17 +63,20 @@ std::optional<BitsFailure> BitsDownload::Prepare() {
   if (SUCCEEDED(result)) _job = TakeUpLeftovers(_manager, JobOrder(), result);
   _takenUp = _job != nullptr;
   if (_takenUp) {
+    std::vector<BitsProgress> progress;
+    result = _job->Progress(progress);
     _files.TakeUp(_job->Files());
+    _files.Update(progress);
     ZLT::g_log.d(L"DownloadAgent: job %s of an earlier download is taken up", _order.name.c_str());
   } else {
     // What is left there belongs to no job any more.
-    FileSystem::deleteDirectoryOrFile(ArrivalFolder(), true);
+    FileSystem::deleteDirectoryOrFile(FilePlace::ArrivalFolder(), true);
   }
-  const std::wstring refusal = CreateFolder(ArrivalFolder(), true);
+  const std::wstring refusal = CreateFolder(FilePlace::ArrivalFolder(), true);
   if (!refusal.empty()) {
     return BitsFailure{BG_ERROR_CONTEXT_LOCAL_FILE,
                        E_ACCESSDENIED,
-                       ArrivalFolder() + L" cannot be used: " + refusal,
+                       FilePlace::ArrivalFolder() + L" cannot be used: " + refusal,
                        {}};
   }
   if (SUCCEEDED(result) && !_job) result = MakeJob();
@@ -192,8 +195,9 @@ bool BitsDownload::GoOn() {
     return _job->Resume();
   }
   // Its addresses have been good enough so far; should one of them not be, a new job follows.
-  _goesAsItWas = takenUp && (state == BG_JOB_STATE_QUEUED || state == BG_JOB_STATE_CONNECTING ||
-                             state == BG_JOB_STATE_TRANSFERRING);
+  _goesAsItWas = takenUp && SUCCEEDED(_job->State(state)) &&
+                 (state == BG_JOB_STATE_QUEUED || state == BG_JOB_STATE_CONNECTING ||
+                  state == BG_JOB_STATE_TRANSFERRING);
   return _goesAsItWas;
 }
 
@@ -226,7 +230,7 @@ BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
 /// Ends the job and puts what it has brought into place.
 BitsDownload::End BitsDownload::TakeOver(BitsFailure& failure) {
   if (!_job) return End::Done;
-  const DownloadFileSet::Wait wait = StoppableWait();
+  const FilePlace::Wait wait = StoppableWait();
   std::optional<BitsFailure> misplaced = _files.FindHeld(wait);
   if (!misplaced) {
     const HRESULT result = CompleteJob(wait);
@@ -242,8 +246,8 @@ BitsDownload::End BitsDownload::TakeOver(BitsFailure& failure) {
 }
 
 /// A job that cannot give its files their names stays as it is.
-HRESULT BitsDownload::CompleteJob(const DownloadFileSet::Wait& wait) {
-  return Patiently(DownloadFileSet::InUsePatience(), wait, [this] { return _job->Complete(); });
+HRESULT BitsDownload::CompleteJob(const FilePlace::Wait& wait) {
+  return Patiently(FilePlace::InUsePatience(), wait, [this] { return _job->Complete(); });
 }
 
 /// @return Done when the download is to be tried again.
@@ -263,7 +267,7 @@ BitsDownload::End BitsDownload::Recover(const BitsFailure& failure) {
   return _owner.Ask(file, failure) ? End::Done : End::Failed;
 }
 
-DownloadFileSet::Wait BitsDownload::StoppableWait() const {
+FilePlace::Wait BitsDownload::StoppableWait() const {
   return [this](DWORD milliseconds) { return !_order.IsStopRequested(milliseconds); };
 }
 

@@ -46,9 +46,9 @@ class BitsDownload {
   bool GoOn();
   End WatchJob(BitsFailure& failure);
   End TakeOver(BitsFailure& failure);
-  HRESULT CompleteJob(const DownloadFileSet::Wait& wait);
+  HRESULT CompleteJob(const FilePlace::Wait& wait);
   End Recover(const BitsFailure& failure);
-  DownloadFileSet::Wait StoppableWait() const;
+  FilePlace::Wait StoppableWait() const;
 
   const DownloadOrder _order;
   DownloadFileSet _files;

@@ -4,11 +4,8 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Log.h"
-#include "reference_host/base/Handle.h"
-#include "reference_host/base/Patience.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
-#include "reference_host/configuration/Folders.h"
 #include "reference_host/download/BitsLimits.h"
 
 namespace refhost {
@@ -19,87 +16,16 @@ namespace {
 /// does not keep a download alive for ever.
 constexpr int MaxRenewals = 3;
 
-HRESULT LastError() { return HRESULT_FROM_WIN32(GetLastError()); }
-
-BitsFailure FailureOf(const DownloadFile& file, BG_ERROR_CONTEXT context, HRESULT code) {
-  return FailureWith(context, code, file.part);
-}
-
-std::optional<std::uint64_t> SizeOnDisk(const std::wstring& path) {
-  WIN32_FILE_ATTRIBUTE_DATA data;
-  if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
-  return std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-}
-
-/// @return the failure when a file that has arrived is not what was announced.
-std::optional<BitsFailure> CheckLength(const DownloadFile& file, std::uint64_t size) {
-  if (!file.length || size == *file.length) return std::nullopt;
-  // A reply that is whole by its own account is another one than the file: an error page, say.
-  if (size == file.jobsLength) return FailureOf(file, BG_ERROR_CONTEXT_REMOTE_FILE, OtherAnswer);
-  return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_TRANSPORT,
-                   size < *file.length ? TruncatedFile : OverlongFile);
-}
-
-HRESULT Remove(const std::wstring& path) {
-  if (!DeleteFileW(path.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) return LastError();
-  // Somebody may have it open still and let it be deleted: the name goes only with the last handle.
-  return SizeOnDisk(path) ? HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION) : S_OK;
-}
-
-/// @return S_OK when another file can take the place of what is there, if anything is.
-HRESULT Replaceable(const std::wstring& path) {
-  constexpr DWORD Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const Handle older(
-      CreateFileW(path.c_str(), DELETE, Sharing, nullptr, OPEN_EXISTING, 0, nullptr));
-  return older || GetLastError() == ERROR_FILE_NOT_FOUND ? S_OK : LastError();
-}
-
-HRESULT Move(const DownloadFile& file) {
-  constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-  return MoveFileExW(file.part.c_str(), file.path.c_str(), Flags) ? S_OK : LastError();
-}
-
-/// @return the failure when `attempt` fails for the file, also while others may have it open.
-template <typename Attempt>
-std::optional<BitsFailure> FailureToUse(const DownloadFile& file, const DownloadFileSet::Wait& wait,
-                                        const Attempt& attempt) {
-  const HRESULT result = Patiently(DownloadFileSet::InUsePatience(), wait, attempt);
-  if (SUCCEEDED(result)) return std::nullopt;
-  return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
-}
-
-std::optional<BitsFailure> PlaceOne(const DownloadFile& file, const DownloadFileSet::Wait& wait) {
-  const std::optional<std::uint64_t> size = SizeOnDisk(file.part);
-  if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
-  if (std::optional<BitsFailure> failure = CheckLength(file, *size)) {
-    DeleteFileW(file.part.c_str());
-    return failure;
-  }
-  return FailureToUse(file, wait, [&file] { return Move(file); });
-}
-
-/// Names in folders below the download folder are flattened: there is one folder to arrive in.
-std::wstring PartOf(const std::wstring& path) {
-  const std::size_t folder = DownloadFolder().size();
-  std::wstring name = path.substr(std::min(folder, path.size()));
-  std::replace(name.begin(), name.end(), L'\\', L';');
-  return ArrivalFolder() + L"\\" + name.substr(1) + L".part";
-}
+using FilePlace::FailureOf;
 
 }  // namespace
-
-std::wstring ArrivalFolder() { return DownloadFolder() + L".arriving"; }
-
-std::chrono::milliseconds DownloadFileSet::InUsePatience() {
-  return std::chrono::seconds(Settings().fileInUseSeconds);
-}
 
 DownloadFileSet::DownloadFileSet(const DownloadAgent::FileMap& files) {
   for (const auto& [url, path] : files) {
     DownloadFile& file = _files.emplace_back();
     file.url = url;
     file.path = path;
-    file.part = PartOf(path);
+    file.part = FilePlace::PartOf(path);
   }
 }
 
@@ -236,11 +162,7 @@ std::optional<BitsFailure> DownloadFileSet::FindNoRoom() const {
 std::optional<BitsFailure> DownloadFileSet::ClearPlaces(const Wait& wait) const {
   for (const DownloadFile& file : _files) {
     if (file.finished) continue;
-    const auto clear = [&file] {
-      const HRESULT result = Remove(file.part);
-      return FAILED(result) ? result : Replaceable(file.path);
-    };
-    if (std::optional<BitsFailure> failure = FailureToUse(file, wait, clear)) return failure;
+    if (std::optional<BitsFailure> failure = FilePlace::Clear(file, wait)) return failure;
   }
   return std::nullopt;
 }
@@ -248,8 +170,7 @@ std::optional<BitsFailure> DownloadFileSet::ClearPlaces(const Wait& wait) const 
 std::optional<BitsFailure> DownloadFileSet::FindHeld(const Wait& wait) const {
   for (const DownloadFile& file : _files) {
     if (file.finished || !file.arrived) continue;
-    const auto look = [&file] { return Replaceable(file.part); };
-    if (std::optional<BitsFailure> failure = FailureToUse(file, wait, look)) return failure;
+    if (std::optional<BitsFailure> failure = FilePlace::FindHeld(file, wait)) return failure;
   }
   return std::nullopt;
 }
@@ -258,7 +179,7 @@ std::optional<BitsFailure> DownloadFileSet::Place(const Wait& wait) {
   std::optional<BitsFailure> first;
   for (DownloadFile& file : _files) {
     if (file.finished || !file.arrived) continue;
-    const std::optional<BitsFailure> failure = PlaceOne(file, wait);
+    const std::optional<BitsFailure> failure = FilePlace::Fill(file, wait);
     file.finished = !failure;
     file.arrived = false;
     if (!first) first = failure;
@@ -302,7 +223,7 @@ void DownloadFileSet::RemoveParts() const {
   for (const DownloadFile& file : _files) {
     if (!file.finished) DeleteFileW(file.part.c_str());
   }
-  RemoveDirectoryW(ArrivalFolder().c_str());
+  RemoveDirectoryW(FilePlace::ArrivalFolder().c_str());
 }
 
 DownloadProgressDetail DownloadFileSet::Total() const {

@@ -2,9 +2,7 @@
 
 #include <windows.h>
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,37 +11,15 @@
 #include "reference_host/download/BitsFailure.h"
 #include "reference_host/download/BitsJob.h"
 #include "reference_host/download/BitsProbe.h"
+#include "reference_host/download/FilePlace.h"
 
 namespace refhost {
-
-/// @return where jobs put files, beside the download folder: that one is deleted when a download
-/// has been stopped, while the job and its bytes may stay for the next. No trailing backslash.
-std::wstring ArrivalFolder();
-
-/// One file of a download and how far it is.
-struct DownloadFile {
-  std::wstring url;
-  std::wstring path;
-  std::wstring part;  ///< where the job puts it: its name appears only once it is known to be whole
-  std::optional<std::uint64_t> length;      ///< as announced before the transfer, in bytes
-  std::optional<std::uint64_t> jobsLength;  ///< as the transfer's own reply has announced it
-  std::uint64_t transferred = 0;
-  bool arrived = false;   ///< the job has it, its length is still to be checked
-  bool finished = false;  ///< whole and in its place
-  int retries = 0;
-  int renewals = 0;
-  bool renewed = false;  ///< since the job was last told its address
-};
 
 /// The files of one download, across all the jobs that it takes. Not guarded: used by one thread at
 /// a time.
 class DownloadFileSet {
  public:
-  /// Waits so many milliseconds. @return false when the download is to stop.
-  using Wait = std::function<bool(DWORD)>;
-
-  /// @return how long a file that others have open is waited for.
-  static std::chrono::milliseconds InUsePatience();
+  using Wait = FilePlace::Wait;
 
   explicit DownloadFileSet(const DownloadAgent::FileMap& files);
 
