@@ -58,8 +58,8 @@ class ZLT_API DownloadAgent {
   /// @param files in, URL to full local path; each path lies below the download folder.
   /// @param headers in, header lines separated by CR LF, sent with every file.
   /// @param jobId out, the job's identifier; untouched when no job could be made.
-  /// @param cancelHandle in, an event; once signalled the job is cancelled and false is returned.
-  /// May be null.
+  /// @param cancelHandle in, an event; once signalled the job is cancelled and false is returned
+  /// (what has come may be kept for a later job of the same files). May be null.
   /// @param priority in, 0 foreground, 1 high, 2 normal, 3 low.
   /// @return true when every file is in its place, whole.
   bool DownloadFiles(std::wstring jobName, bool uploads, FileMap files, std::wstring headers,

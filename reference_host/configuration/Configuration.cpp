@@ -159,6 +159,8 @@ Configuration Read(const Reader& reader) {
   constexpr unsigned int Hour = 60 * 60;
   reader.Number("requestTimeoutSeconds", 1u, Hour, read.requestTimeoutSeconds);
   reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);
+  reader.Number("downloadPatienceSeconds", 0u, Day, read.downloadPatienceSeconds);
+  reader.Number("fileInUseSeconds", 0u, Hour, read.fileInUseSeconds);
   reader.Number("maxFileBytes", MinSizeLimit, MaxSizeLimit, read.maxFileBytes);
   reader.Number("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, read.maxUnpackedBytes);
   reader.Number("logMaxBytes", 1024u, 1u << 30, read.logMaxBytes);

@@ -23,8 +23,10 @@ struct Configuration {
   unsigned int installerTimeoutSeconds = 7200;  ///< for installers
   unsigned int leaseWaitSeconds = 600;          ///< for another process's installation
   unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
-  unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
-  std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to
+  unsigned int downloadStallSeconds = 60;      ///< a download without a byte for so long has failed
+  unsigned int downloadPatienceSeconds = 600;  ///< how long a download waits for better times
+  unsigned int fileInUseSeconds = 10;          ///< how long a file that others hold is waited for
+  std::uint64_t maxFileBytes = 4ull << 30;     ///< what one downloaded file may come to
   std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
   unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
   double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait

@@ -117,6 +117,13 @@ bool ReadStatus(HINTERNET request, unsigned long& status) {
   return read;
 }
 
+std::optional<std::uint64_t> ParseLength(const std::wstring& text) {
+  wchar_t* end = nullptr;
+  const std::uint64_t length = std::wcstoull(text.c_str(), &end, 10);
+  if (end == text.c_str() || *end != L'\0') return std::nullopt;
+  return length;
+}
+
 /// @return the last error, never 0.
 unsigned long LastError() {
   const unsigned long error = GetLastError();
@@ -160,18 +167,24 @@ std::optional<std::int64_t> HttpExchange::ServerTime() const {
   return (high << 32 | ticks.dwLowDateTime) / 10'000'000 - SecondsBefore1970;
 }
 
-std::optional<std::uint64_t> HttpExchange::AnnouncedLength() const {
-  std::array<wchar_t, 32> text{};
+/// @param which in, WinHTTP's number of a header. @return its text, empty when there is none.
+std::wstring HttpExchange::Header(unsigned long which) const {
+  std::array<wchar_t, 64> text{};
   DWORD size = sizeof text;
-  if (!WinHttpQueryHeaders(_request.get(), WINHTTP_QUERY_CONTENT_LENGTH,
-                           WINHTTP_HEADER_NAME_BY_INDEX, text.data(), &size,
-                           WINHTTP_NO_HEADER_INDEX)) {
-    return std::nullopt;
-  }
-  wchar_t* end = text.data();
-  const std::uint64_t length = std::wcstoull(text.data(), &end, 10);
-  if (end == text.data() || *end != L'\0') return std::nullopt;
-  return length;
+  const BOOL found = WinHttpQueryHeaders(_request.get(), which, WINHTTP_HEADER_NAME_BY_INDEX,
+                                         text.data(), &size, WINHTTP_NO_HEADER_INDEX);
+  return found ? text.data() : std::wstring();
+}
+
+std::optional<std::uint64_t> HttpExchange::AnnouncedLength() const {
+  return ParseLength(Header(WINHTTP_QUERY_CONTENT_LENGTH));
+}
+
+std::optional<std::uint64_t> HttpExchange::WholeLength() const {
+  const std::wstring range = Header(WINHTTP_QUERY_CONTENT_RANGE);
+  const std::size_t slash = range.find(L'/');
+  if (slash == std::wstring::npos) return std::nullopt;
+  return ParseLength(range.substr(slash + 1));
 }
 
 unsigned long HttpExchange::ReadBody(const HttpLimits& limits, const Sink& sink) const {

@@ -65,6 +65,10 @@ class HttpExchange {
   /// @return the announced length of the body; nothing when none was announced.
   std::optional<std::uint64_t> AnnouncedLength() const;
 
+  /// @return the length of the whole file that a part was asked of (statuses 206 and 416); nothing
+  /// when the reply does not tell it.
+  std::optional<std::uint64_t> WholeLength() const;
+
   /// Receives the body. One that ends before its announced length is an error (12030, the
   /// connection broke), as is one over the limits (12184 too long, 12002 too slow).
   unsigned long ReadBody(const HttpLimits& limits, const Sink& sink) const;
@@ -74,6 +78,8 @@ class HttpExchange {
     void operator()(void* handle) const { WinHttpCloseHandle(handle); }
   };
   using Handle = std::unique_ptr<void, Closer>;
+
+  std::wstring Header(unsigned long which) const;
 
   Handle _connection;
   Handle _request;

@@ -45,6 +45,10 @@ void CancelAside(ComPtr<IBackgroundCopyJob> job) {
   }
 }
 
+bool CannotRest(HRESULT suspended) { return suspended == E_NOTIMPL && IsInForce(); }
+
+bool KnowsNoOwner(HRESULT asked) { return asked == E_NOTIMPL && IsInForce(); }
+
 unsigned long AsWinHttpError(unsigned long error) {
   if (error == WSAETIMEDOUT) return ERROR_WINHTTP_TIMEOUT;
   const bool fromSockets = error >= WSABASEERR && error < WINHTTP_ERROR_BASE;

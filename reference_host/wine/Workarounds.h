@@ -26,6 +26,12 @@ HRESULT ConnectAgain(const std::function<HRESULT()>& connect);
 /// another thread and waits for that a moment only.
 void CancelAside(ComPtr<IBackgroundCopyJob> job);
 
+/// Wine's BITS can neither let a job rest nor tell whose it is (E_NOTIMPL): the job goes on until
+/// it is taken over or cancelled, and all jobs are this user's.
+/// @return whether a call has failed for that.
+bool CannotRest(HRESULT suspended);
+bool KnowsNoOwner(HRESULT asked);
+
 /// Wine's WinHTTP hands on the numbers of the sockets below it.
 /// @return the error as one of WinHTTP's own.
 unsigned long AsWinHttpError(unsigned long error);

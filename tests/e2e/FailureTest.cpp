@@ -53,9 +53,11 @@ void MakeLink(Lab& lab) {
 class Holder {
  public:
   explicit Holder(Lab& lab) {
-    fs::create_directories(Downloads(lab));
-    const fs::path file = Downloads(lab) / "alpha.cab.part";
-    _pipe = popen(R"(wine cmd /c 'pause >C:\lab\download\alpha.cab.part' >/dev/null 2>&1)", "w");
+    const fs::path folder = lab.DriveC() / "lab" / "download.arriving";
+    const fs::path file = folder / "alpha.cab.part";
+    fs::create_directories(folder);
+    _pipe = popen(R"(wine cmd /c 'pause >C:\lab\download.arriving\alpha.cab.part' >/dev/null 2>&1)",
+                  "w");
     for (int tries = 0; tries < 1000 && !fs::exists(file); ++tries) usleep(10000);
   }
   ~Holder() { pclose(_pipe); }
@@ -168,6 +170,52 @@ TEST(Failure, ASecondHostLeavesTheFirstOnesInstallationAlone) {
   const RunResult third = lab.Run("install");  // The first one's death has given the lease back.
   EXPECT_EQ(third.exitStatus, 0) << third.errors;
   EXPECT_TRUE(lab.IsInstalled("alpha"));
+}
+
+namespace {
+
+/// @return whether the host has been told of some of the bytes, but not of all.
+bool HasBytes(Lab& lab) {
+  const std::string log = lab.LogText("TolmarAgent.log");
+  const std::size_t at = log.rfind("Xfered(B)=");
+  return at != std::string::npos && std::stoul(log.substr(at + 10)) != 0;
+}
+
+/// @return how often the package itself was asked for.
+std::size_t GetsOf(Lab& lab, const std::string& file) {
+  const std::vector<std::string> types = lab.ReceivedTypes();
+  return static_cast<std::size_t>(std::count(types.begin(), types.end(), "file " + file));
+}
+
+bool HasLogged(const Lab& lab, const char* text) {
+  return lab.LogText("ZLT.log").find(text) != std::string::npos;
+}
+
+}  // namespace
+
+TEST(Failure, ATransferThatAnEndedHostHasLeftIsTakenUp) {
+  const struct {
+    const char* name;
+    bool killed;  ///< else cancelled
+  } rows[] = {{"host killed in mid-transfer", true}, {"download cancelled, then again", false}};
+  for (const auto& row : rows) {
+    Lab lab({{"large"}});  // No cabinet: what becomes of it afterwards is another matter.
+    if (row.killed) {
+      ASSERT_TRUE(lab.RunAndKill("install", [&] { return HasBytes(lab); }));
+    } else {
+      lab.Run("install --timeout 3");
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const RunResult run = lab.Run("install", 120);
+    const auto time = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(run.json["code"].asInt(), 48) << row.name << run.errors;
+    EXPECT_TRUE(HasLogged(lab, "of an earlier download is taken up")) << row.name;
+    EXPECT_EQ(GetsOf(lab, "large.cab"), 1U) << row.name;
+    Tell(row.name, "fetched 1 times",
+         "fetched " + std::to_string(GetsOf(lab, "large.cab")) + " times");
+    RecordProperty(row.name,
+                   std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time).count()));
+  }
 }
 
 TEST(Failure, FaultsOfTheCloudEndAsTheyShould) {

@@ -95,6 +95,7 @@ Lab::Lab(const std::vector<Title>& titles)
   _configuration["logFolder"] = "C:\\lab\\log";
   _configuration["retryWaitScale"] = 0.001;
   _configuration["downloadStallSeconds"] = 20;
+  _configuration["fileInUseSeconds"] = 1;
 }
 
 Lab::~Lab() {

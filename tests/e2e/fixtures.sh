@@ -39,6 +39,7 @@ e2e_fixtures() {
   e2e_title "$out" unsigned && mv "$out/unsigned-unsigned.cab" "$out/unsigned.cab"
   e2e_title "$out" tampered && e2e_flip "$out/tampered.cab" "$out/flipped" && mv "$out/flipped" "$out/tampered.cab"
   : >"$out/empty.cab" && cp "$out/check-alpha.ps1" "$out/check-empty.ps1"
+  truncate -s 500M "$out/large.cab" && cp "$out/check-alpha.ps1" "$out/check-large.ps1"
   cp "$out/alpha.cab" "$out/$E2E_ODD.cab" && cp "$out/check-alpha.ps1" "$out/check-$E2E_ODD.ps1"
   e2e_title "$out" stranger
   cab_sign "$out/stranger-unsigned.cab" "$out/stranger.cab" "$pki/stranger.crt" "$pki/stranger.key" "$pki/stranger-ca.crt"

@@ -34,6 +34,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
               R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
               R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
               R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
+              R"("downloadPatienceSeconds":0,"fileInUseSeconds":3,)"
               R"("proxy":"proxy.example:8080","retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
@@ -44,6 +45,8 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.logFolder, L"Z:\\l");
   EXPECT_EQ(read.processTimeoutSeconds, 7U);
   EXPECT_EQ(read.downloadStallSeconds, 9U);
+  EXPECT_EQ(read.downloadPatienceSeconds, 0U);
+  EXPECT_EQ(read.fileInUseSeconds, 3U);
   EXPECT_EQ(read.maxFileBytes, 8589934592U);
   EXPECT_EQ(read.maxUnpackedBytes, 1024U);
   EXPECT_EQ(read.logMaxBytes, 4096U);
@@ -72,6 +75,8 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("requestTimeoutSeconds":3601)"), "\"requestTimeoutSeconds\""},
       {WithMore(R"("installerTimeoutSeconds":0)"), "\"installerTimeoutSeconds\""},
       {WithMore(R"("downloadStallSeconds":86401)"), "\"downloadStallSeconds\""},
+      {WithMore(R"("downloadPatienceSeconds":86401)"), "\"downloadPatienceSeconds\""},
+      {WithMore(R"("fileInUseSeconds":3601)"), "\"fileInUseSeconds\""},
       {WithMore(R"("maxFileBytes":9007199254740992)"), "\"maxFileBytes\" must be a whole number"},
       {WithMore(R"("maxUnpackedBytes":1023)"), "\"maxUnpackedBytes\""},
       {WithMore(R"("retryWaitScale":2)"), "\"retryWaitScale\""},

@@ -26,6 +26,7 @@ struct HttpAnswer {
   std::string headers{};                   ///< further lines, each with CR LF
   std::optional<std::size_t> announced{};  ///< Content-Length, when not that of the body
   bool unannounced = false;            ///< no Content-Length; the connection's end ends the body
+  bool ranges = false;                 ///< for the test: parts may be asked for
   bool close = false;                  ///< the connection is closed behind the reply
   bool drop = false;                   ///< the connection is closed in the place of a reply
   std::chrono::milliseconds delay{0};  ///< before the reply

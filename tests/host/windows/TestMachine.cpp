@@ -44,7 +44,9 @@ Json::Value Configuration() {
   root["downloadStallSeconds"] = 3;
   root["leaseWaitSeconds"] = 2;
   root["maxFileBytes"] = 1 << 18;
-  root["retryWaitScale"] = 0.5;
+  root["downloadPatienceSeconds"] = 20;
+  root["fileInUseSeconds"] = 1;
+  root["retryWaitScale"] = 0.1;
   return root;
 }
 
