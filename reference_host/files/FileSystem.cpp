@@ -4,6 +4,7 @@
 
 #include "host/common/Log.h"
 #include "reference_host/files/FolderCreation.h"
+#include "reference_host/files/FolderHolds.h"
 #include "reference_host/files/FolderOwner.h"
 #include "reference_host/files/LongPath.h"
 
@@ -19,17 +20,21 @@ bool IsLink(DWORD attributes) {
 
 bool IsPlainFolder(DWORD attributes) { return IsFolder(attributes) && !IsLink(attributes); }
 
+/// @return true when nothing of that name is left; else GetLastError tells why.
 bool Delete(const std::wstring& path, bool recursive);
 
-void DeleteContents(const std::wstring& folder) {
+/// @return true when nothing is left in the folder.
+bool DeleteContents(const std::wstring& folder) {
   WIN32_FIND_DATAW entry{};
   const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-  if (search == INVALID_HANDLE_VALUE) return;
+  if (search == INVALID_HANDLE_VALUE) return false;
+  bool empty = true;
   do {
     const std::wstring name = entry.cFileName;
-    if (name != L"." && name != L"..") Delete(folder + L"\\" + name, true);
+    if (name != L"." && name != L".." && !Delete(folder + L"\\" + name, true)) empty = false;
   } while (FindNextFileW(search, &entry));
   FindClose(search);
+  return empty;
 }
 
 bool Delete(const std::wstring& path, bool recursive) {
@@ -44,6 +49,16 @@ bool Delete(const std::wstring& path, bool recursive) {
   return deleted || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
+/// @param held in, the folder itself: while it is being emptied a link could take its place.
+bool DeleteFolder(const std::wstring& name, refhost::HeldFolder held) {
+  refhost::ReleaseFolders(name, false);
+  if (!DeleteContents(name)) return false;
+  held = {};
+  refhost::ReleaseFolders(name, true);
+  // Another host may hold it, and finds nothing in it any more.
+  return Delete(name, false) || GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
 }  // namespace
 
 bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
@@ -55,21 +70,23 @@ bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
 }
 
 bool FileSystem::fileExists(const std::wstring& path) {
-  const DWORD attributes = GetFileAttributesW(refhost::LongPath(path).c_str());
-  return IsThere(attributes) && !IsFolder(attributes);
+  const std::wstring name = refhost::LongPath(path);
+  const DWORD attributes = GetFileAttributesW(name.c_str());
+  return IsThere(attributes) && !IsFolder(attributes) && refhost::CountsAsThere(name);
 }
 
 bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive) {
   if (path.empty()) return false;
   const std::wstring name = refhost::LongPath(path);
-  if (recursive && IsPlainFolder(GetFileAttributesW(name.c_str()))) {
-    // Its owner could put a link into a folder's place while the folder is being emptied.
-    if (const std::wstring refusal = refhost::RefusalOfFolder(name); !refusal.empty()) {
-      ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
-      return false;
-    }
+  if (!recursive || !IsPlainFolder(GetFileAttributesW(name.c_str()))) {
+    return Delete(name, recursive);
   }
-  return Delete(name, recursive);
+  refhost::HeldFolder held;
+  if (const std::wstring refusal = held.Enter(name, nullptr); !refusal.empty()) {
+    ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
+    return false;
+  }
+  return DeleteFolder(name, std::move(held));
 }
 
 std::wstring FileSystem::getFileName(const std::wstring& path) {
