@@ -7,7 +7,7 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/configuration/Folders.h"
-#include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/HeldFolder.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/files/Trust.h"
 
@@ -49,17 +49,18 @@ std::wstring FullPath(const std::wstring& name) {
 
 /// A host with high rights does what the file says: nobody may have written it who has not got
 /// those rights.
-std::wstring RefusalFor(HANDLE file, const std::wstring& path) {
-  return IsElevated() || IsService() ? RefusalOfFile(file, path) : std::wstring();
-}
+bool HasHighRights() { return IsElevated() || IsService(); }
 
 /// @return an empty text on success, else what is wrong.
 std::wstring ReadWhole(const std::wstring& name, std::string& text) {
   const std::wstring path = FullPath(name);
+  const bool isJudged = HasHighRights();
+  const DWORD flags = isJudged ? FILE_FLAG_OPEN_REPARSE_POINT : FILE_ATTRIBUTE_NORMAL;
   const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+                                OPEN_EXISTING, flags, nullptr));
   if (!file) return L": cannot be opened (error " + std::to_wstring(GetLastError()) + L")";
-  if (const std::wstring refusal = RefusalFor(file.Get(), path); !refusal.empty()) {
+  const std::wstring refusal = isJudged ? RefusalOfFile(file.Get(), path) : L"";
+  if (!refusal.empty()) {
     return L": is not for a host with high rights, " + refusal +
            L" (docs/operations.md, \"Rights\", says how that is mended)";
   }

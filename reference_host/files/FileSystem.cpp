@@ -5,7 +5,7 @@
 #include "host/common/Log.h"
 #include "reference_host/files/FolderCreation.h"
 #include "reference_host/files/FolderHolds.h"
-#include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/HeldFolder.h"
 #include "reference_host/files/LongPath.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <set>
 
-#include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/HeldFolder.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/files/Trust.h"
 
@@ -14,9 +14,10 @@ namespace refhost {
 
 namespace {
 
-/// One of the folders; without a held folder it was refused.
+/// One of the folders: it is held, or was refused.
 struct Hold {
   HeldFolder folder;
+  std::wstring refusal;
   std::set<std::uint64_t> foundScripts;
 };
 
@@ -110,7 +111,14 @@ std::wstring HoldFolder(const std::wstring& name, bool create) {
   const bool isThere = GetFileAttributesW(name.c_str()) != INVALID_FILE_ATTRIBUTES;
   if (hold.folder && isThere) return {};
   hold = Hold();
-  return Take(name, create, hold);
+  hold.refusal = Take(name, create, hold);
+  return hold.refusal;
+}
+
+std::wstring RefusalOfHold(const std::wstring& name) {
+  const std::scoped_lock lock(holdsMutex);
+  const auto found = holds.find(name);
+  return found == holds.end() ? std::wstring() : found->second.refusal;
 }
 
 void ReleaseFolders(const std::wstring& name, bool itself) {

@@ -15,6 +15,9 @@ namespace refhost {
 /// @return why it cannot be held (a phrase for a log line), empty when it is.
 std::wstring HoldFolder(const std::wstring& name, bool create);
 
+/// @return why `HoldFolder` has refused this folder, empty when it has not.
+std::wstring RefusalOfHold(const std::wstring& name);
+
 /// Lets go of what lies below the folder. @param itself in, true: of the folder as well.
 void ReleaseFolders(const std::wstring& name, bool itself);
 

@@ -61,6 +61,10 @@ TEST(PackageExtractor, UnpacksIntoNewFoldersBesideThePackage) {
   EXPECT_EQ(first, package.folder / "the package");
   EXPECT_EQ(Read(first / "tools" / "one.txt"), "one\n");
   EXPECT_EQ(Read(first / "tools" / "deep" / "two.txt"), "two\n");
+  const std::wstring deep =
+      std::wstring(119, L'0') + L"1\\" + std::wstring(119, L'0') + L"2\\far.txt";
+  EXPECT_GT((first / deep).wstring().size(), 300U);
+  EXPECT_EQ(TestMachine::ReadFile(L"\\\\?\\" + (first / deep).wstring()), "far\n");
   const fs::path second = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
   EXPECT_NE(second, first);
   EXPECT_EQ(Read(second / "install.ps1"), Read(first / "install.ps1"));
