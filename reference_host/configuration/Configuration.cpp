@@ -224,4 +224,8 @@ std::string ParseConfiguration(const std::string& fileName, const std::string& j
   }
 }
 
+std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine) {
+  return isService || variable.empty() ? machine : variable;
+}
+
 }  // namespace refhost

@@ -41,4 +41,10 @@ struct Configuration {
 std::string ParseConfiguration(const std::string& fileName, const std::string& json,
                                Configuration& configuration);
 
+/// Which file a host reads. Pure.
+/// @param isService in, true: the variable is not followed, since what starts a service may pass on
+/// what somebody else has set. @param variable in, what the environment names, may be empty.
+/// @param machine in, what the machine's administrators have set, may be empty.
+std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine);
+
 }  // namespace refhost

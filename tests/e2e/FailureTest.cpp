@@ -49,6 +49,17 @@ void MakeLink(Lab& lab) {
   fs::create_directory_symlink("elsewhere", Downloads(lab));
 }
 
+void MakeLinkAbove(Lab& lab) {
+  MakeLink(lab);
+  lab.Configuration()["downloadFolder"] = R"(C:\lab\download\inner)";
+}
+
+/// Makes a folder that belongs to somebody else; only root can.
+void GiveAway(const fs::path& folder) {
+  fs::create_directories(folder);
+  if (chown(folder.c_str(), 65534, 65534) != 0) fs::remove(folder);
+}
+
 /// A Windows program that holds the file open until the object goes.
 class Holder {
  public:
@@ -84,12 +95,19 @@ TEST(Failure, FaultsOfTheDeviceEndAsTheyShould) {
        -1, "not installed", "alpha.cab is refused, its folder cannot be used: a file has its name"},
       {"download folder is a link", "alpha", MakeLink, -1, "not installed",
        "download is refused: a link stands in its place"},
-      {"download folder of somebody else", "alpha",
+      {"link above the download folder", "alpha", MakeLinkAbove, -1, "not installed",
+       "inner is refused: C:\\lab\\download: a link stands in its place"},
+      {"download folder of somebody else", "alpha", [](Lab& lab) { GiveAway(Downloads(lab)); }, -1,
+       "not installed", "download is refused: it belongs to somebody else"},
+      {"download folder holds somebody else's", "alpha",
+       [](Lab& lab) { GiveAway(Downloads(lab) / "theirs"); }, -1, "not installed",
+       "download is refused: it holds theirs: it belongs to somebody else"},
+      {"download folder open to everybody", "alpha",
        [](Lab& lab) {
          fs::create_directories(Downloads(lab));
-         if (chown(Downloads(lab).c_str(), 65534, 65534) != 0) fs::remove(Downloads(lab));
+         fs::permissions(Downloads(lab), fs::perms::all);
        },
-       -1, "not installed", "download is refused: it belongs to somebody else"},
+       -1, "not installed", "download is refused: S-1-1-0 may change it"},
       {"folder in a file's place", "alpha",
        [](Lab& lab) { fs::create_directories(Downloads(lab) / "alpha.cab"); }, -1, "not installed",
        "alpha.cab, attempt 1: Access denied (context 4, code 0x80070005)"},

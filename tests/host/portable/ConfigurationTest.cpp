@@ -112,4 +112,11 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
   }
 }
 
+TEST(Configuration, AServiceFollowsTheMachinesValueAlone) {
+  EXPECT_EQ(refhost::FileToRead(false, L"variable", L"machine"), L"variable");
+  EXPECT_EQ(refhost::FileToRead(false, L"", L"machine"), L"machine");
+  EXPECT_EQ(refhost::FileToRead(true, L"variable", L"machine"), L"machine");
+  EXPECT_EQ(refhost::FileToRead(true, L"variable", L""), L"");
+}
+
 }  // namespace

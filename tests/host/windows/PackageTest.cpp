@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "host/common/DownloadAgent.h"
+#include "host/common/FileSystem.h"
 #include "host/common/PackageExtractor.h"
 #include "tests/host/windows/FakeImport.h"
 #include "tests/host/windows/TestMachine.h"
@@ -29,13 +30,13 @@ class Package {
   /// @param fixture in, the name of one of the prepared cabinets.
   explicit Package(const std::string& fixture) {
     static int number = 0;
-    folder = fs::temp_directory_path() /
+    folder = fs::path(TestMachine::Folder()) /
              ("package" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
-    fs::create_directories(folder);
+    FileSystem::createDirectory(folder.wstring(), false);
     cab = folder / "the package.cab";
     fs::copy_file(Fixtures() / fixture, cab);
   }
-  ~Package() { fs::remove_all(folder); }
+  ~Package() { FileSystem::deleteDirectoryOrFile(folder.wstring(), true); }
 
   /// @return the relative paths of everything in the folder, in order.
   std::vector<std::string> Contents() const {
@@ -70,6 +71,10 @@ TEST(PackageExtractor, UnpacksIntoNewFoldersBesideThePackage) {
   EXPECT_EQ(first, package.folder / "the package");
   EXPECT_EQ(Read(first / "tools" / "one.txt"), "one\n");
   EXPECT_EQ(Read(first / "tools" / "deep" / "two.txt"), "two\n");
+  const std::wstring deep =
+      std::wstring(119, L'0') + L"1\\" + std::wstring(119, L'0') + L"2\\far.txt";
+  EXPECT_GT((first / deep).wstring().size(), 300U);
+  EXPECT_EQ(TestMachine::ReadFile(L"\\\\?\\" + (first / deep).wstring()), "far\n");
   const fs::path second = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
   EXPECT_NE(second, first);
   EXPECT_EQ(Read(second / "install.ps1"), Read(first / "install.ps1"));
@@ -108,6 +113,63 @@ TEST(PackageExtractor, LeavesNothingOfWhatItDoesNotTake) {
     EXPECT_EQ(package.Contents(), Untouched);
     EXPECT_FALSE(fs::exists(package.folder / ".." / "evil.txt"));
   }
+}
+
+TEST(PackageExtractor, NobodyMovesTheFolderBeforeItsInstallerRuns) {
+  const Package package("nested.cab");
+  const fs::path folder = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
+  EXPECT_FALSE(MoveFileExW(folder.c_str(), (package.folder / "other").c_str(), 0));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+}
+
+TEST(PackageExtractor, UnpacksNothingWhereOthersMayWrite) {
+  const Package package("nested.cab");
+  TestMachine::LetEverybodyWrite(package.folder.wstring());
+  EXPECT_THROW(ZLT::PackageExtractor::ExtractCab(package.cab.wstring()), std::runtime_error);
+  EXPECT_EQ(package.Contents(), Untouched);
+  TestMachine::LetEverybodyWrite(package.folder.wstring(), false);
+}
+
+/// A cabinet that announces so many files of 2 GB each, and holds none of them.
+std::string HugeCabinet(std::uint16_t count) {
+  std::string bytes;
+  const auto add = [&bytes](std::uint32_t value, int size) {
+    for (; size > 0; --size, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+  };
+  constexpr std::uint32_t Head = 36, Folder = 8, Entry = 16 + 6;
+  bytes = "MSCF";
+  for (const std::uint32_t value : {0u, Head + Folder + count * Entry, 0u, Head + Folder, 0u}) {
+    add(value, 4);
+  }
+  for (const std::uint32_t value : {0x0103u, 1u, std::uint32_t{count}, 0u, 0u, 0u}) add(value, 2);
+  add(Head + Folder + count * Entry, 4);
+  add(0, 4);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    add(0x7FFF8000, 4);
+    add(0, 4);
+    for (int field = 0; field < 4; ++field) add(0, 2);
+    bytes += std::to_string(10000 + i);
+    add(0, 1);
+  }
+  return bytes;
+}
+
+TEST(PackageExtractor, AsksForRoomBeforeItUnpacks) {
+  const std::wstring cab = TestMachine::Folder() + L"\\huge.cab";
+  TestMachine::WriteFile(cab, HugeCabinet(50000));
+  Json::Value changes;
+  changes["requireSignedPackages"] = false;
+  changes["maxUnpackedBytes"] = (Json::UInt64{1} << 53) - 1;
+  SetEnvironmentVariableW(L"TOLMAR_TEST_PACKAGE", cab.c_str());
+  std::string output;
+  EXPECT_NE(
+      TestMachine::RunAgain(L"--gtest_filter=PackageExtractor.TakesThePackageOfTheEnvironment",
+                            TestMachine::ConfigurationWith(changes), output),
+      0U);
+  SetEnvironmentVariableW(L"TOLMAR_TEST_PACKAGE", nullptr);
+  EXPECT_NE(output.find("unpacks to 107372544000000 bytes, the disk has room for "),
+            std::string::npos)
+      << output;
 }
 
 TEST(PackageExtractor, TakesNoPackageThatSomebodyMayStillChange) {
