@@ -10,7 +10,9 @@
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
+#include "reference_host/files/FolderHolds.h"
 #include "reference_host/files/InstallationLease.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/MemberName.h"
 #include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetFile.h"
@@ -28,8 +30,8 @@ constexpr int MaxFolderNumber = 1000;
 
 PackagePolicy Policy() { return {Settings().requireSignedPackages, Settings().trustedPublishers}; }
 
-/// Judges all members before the first is written.
-void CheckMembers(const CabinetFile& cabinet) {
+/// Judges all members before the first is written. @return the bytes that they come to.
+std::uint64_t CheckMembers(const CabinetFile& cabinet) {
   MemberNames names;
   std::uint64_t total = 0;
   for (const CabinetMember& member : ListMembers(cabinet)) {
@@ -45,6 +47,17 @@ void CheckMembers(const CabinetFile& cabinet) {
                          "the package unpacks to more bytes than maxUnpackedBytes allows");
     }
   }
+  return total;
+}
+
+/// A disk that fills up on the way would fail other programs too.
+void CheckRoom(const std::wstring& folder, std::uint64_t bytes) {
+  ULARGE_INTEGER free{};
+  if (!GetDiskFreeSpaceExW(folder.c_str(), &free, nullptr, nullptr)) return;
+  if (bytes <= free.QuadPart) return;
+  throw PackageFault("device.disk-full", "the package unpacks to " + std::to_string(bytes) +
+                                             " bytes, the disk has room for " +
+                                             std::to_string(free.QuadPart));
 }
 
 /// @return the package's path without its extension, and without what must not end a folder's name.
@@ -55,12 +68,19 @@ std::wstring FolderStem(const std::wstring& cabPath) {
   return cabPath.substr(0, cabPath.size() - name.size()) + (stem.empty() ? L"package" : stem);
 }
 
-/// Never takes over a folder that is there: somebody else may have put things into it.
+/// Never takes over a folder that is there: somebody else may have put things into it. It is held
+/// from here on, since an installer will be started in it: see `HoldFolder`.
 std::wstring CreateFolderBeside(const std::wstring& cabPath) {
   const std::wstring stem = FolderStem(cabPath);
   std::wstring folder = stem;
   for (int number = 2; number <= MaxFolderNumber; ++number) {
-    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
+    if (CreateDirectoryW(LongPath(folder).c_str(), nullptr)) {
+      const std::wstring refusal = HoldFolder(LongPath(folder), false);
+      if (refusal.empty()) return folder;
+      RemoveDirectoryW(LongPath(folder).c_str());
+      throw PackageFault("device.folder",
+                         "the package's folder is refused: " + ZLT::String::UTF16ToUTF8(refusal));
+    }
     if (GetLastError() != ERROR_ALREADY_EXISTS) break;
     folder = stem + L"-" + std::to_wstring(number);
   }
@@ -97,12 +117,14 @@ std::string Judge(const CabinetFile& cabinet) {
   return refusal;
 }
 
-std::wstring Unpack(const CabinetFile& cabinet) {
+std::wstring Unpack(const CabinetFile& cabinet, const std::wstring& cabPath) {
   const Clock::time_point begin = Clock::now();
-  CheckMembers(cabinet);
-  std::wstring folder = CreateFolderBeside(cabinet.Path());
+  const std::uint64_t bytes = CheckMembers(cabinet);
+  // In the caller's notation, as a script's command line needs it.
+  std::wstring folder = CreateFolderBeside(cabPath);
   try {
-    UnpackMembers(cabinet, folder);
+    CheckRoom(LongPath(folder), bytes);
+    UnpackMembers(cabinet, LongPath(folder));
   } catch (...) {
     FileSystem::deleteDirectoryOrFile(folder, true);
     throw;
@@ -121,7 +143,7 @@ std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) try 
   TakeLease(cabPath);
   const CabinetFile cabinet(cabPath);
   const std::string refusal = Judge(cabinet);
-  if (refusal.empty()) return Unpack(cabinet);
+  if (refusal.empty()) return Unpack(cabinet, cabPath);
   g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
           String::UTF8ToUTF16(refusal).c_str());
   return {};
