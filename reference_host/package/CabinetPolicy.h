@@ -8,9 +8,9 @@ namespace refhost {
 /// What a look at a package's signature found.
 struct SignatureFindings {
   bool present = false;
-  std::string fault;       ///< why the signature is not valid, empty when it is
-  std::string thumbprint;  ///< SHA-256 of the signing certificate, 64 lower-case hex digits
-  std::string publisher;   ///< name in that certificate, UTF-8; a good signature or not
+  std::string fault;        ///< why the signature is not valid, empty when it is
+  std::string thumbprint;   ///< SHA-256 of the signing certificate, 64 lower-case hex digits
+  std::string publisher{};  ///< name in that certificate, UTF-8; a good signature or not
 };
 
 /// Which packages may be installed.

@@ -161,24 +161,31 @@ void Lab::WriteConfiguration() const {
 }
 
 std::string Lab::Command(const std::string& arguments) const {
-  return "wine '" + Environment("E2E_BIN") +
-         "/tolmarctl.exe' --config 'C:\\lab\\host.json' --json " + arguments + " 2>'" +
-         (_folder / "stderr").string() + "' </dev/null";
+  return "wine '" + Environment("E2E_BIN") + "/tolmarctl.exe' --config 'C:\\lab\\host.json' " +
+         arguments + " 2>'" + (_folder / "stderr").string() + "' </dev/null";
 }
 
-RunResult Lab::Run(const std::string& arguments, int seconds) {
+RunResult Lab::RunAs(const std::string& mode, const std::string& arguments, int seconds) {
   WriteConfiguration();
   RunResult result;
   result.exitStatus =
-      Shell("timeout " + std::to_string(seconds) + " " + Command(arguments), result.output);
+      Shell("timeout " + std::to_string(seconds) + " " + Command(mode + arguments), result.output);
   result.errors = ReadFile(_folder / "stderr");
   result.json = ParseText(result.output);
   return result;
 }
 
+void Lab::Reboot() const {
+  std::string output;
+  Shell(
+      "wineserver -k; wineserver -w; wineserver -p; timeout 120 wine wineboot >/dev/null 2>&1 "
+      "</dev/null",
+      output);
+}
+
 bool Lab::RunAndKill(const std::string& arguments, const std::function<bool()>& reached) {
   WriteConfiguration();
-  const std::string command = "exec " + Command(arguments) + " >/dev/null";
+  const std::string command = "exec " + Command("--json " + arguments) + " >/dev/null";
   const pid_t child = fork();
   if (child == 0) {
     execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);

@@ -39,7 +39,15 @@ class Lab {
   Json::Value& Configuration() { return _configuration; }
 
   /// Runs tolmarctl --json with the arguments. @param seconds in, how long it may take.
-  RunResult Run(const std::string& arguments, int seconds = 60);
+  RunResult Run(const std::string& arguments, int seconds = 60) {
+    return RunAs("--json ", arguments, seconds);
+  }
+
+  /// Runs tolmarctl without --json.
+  RunResult RunForPeople(const std::string& arguments) { return RunAs("", arguments, 60); }
+
+  /// Ends everything that runs on the device and starts it again.
+  void Reboot() const;
 
   /// Runs tolmarctl and kills it once `reached` says so. @return false when that did not come.
   bool RunAndKill(const std::string& arguments, const std::function<bool()>& reached);
@@ -62,6 +70,7 @@ class Lab {
   void StartCloud(const Json::Value& catalogue);
   std::string Command(const std::string& arguments) const;
   void WriteConfiguration() const;
+  RunResult RunAs(const std::string& mode, const std::string& arguments, int seconds);
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;

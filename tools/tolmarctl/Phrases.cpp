@@ -97,6 +97,7 @@ std::string PhraseOf(const Record& record) {
   const std::string kind = record.Text("event");
   if (kind == "file.done") return FileDone(record);
   if (kind == "file.failed") return FileFailed(record);
+  if (kind == "file.renewed") return record.Text("file") + ": the service gave a new address";
   if (kind == "package.judged") return Verdict(record);
   if (kind == "script.ended") return ScriptEnd(record);
   if (kind == "restart.wanted") return "restart: " + record.Text("restart");

@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "tests/e2e/Lab.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const Json::Value& TitleOf(const RunResult& run, const std::string& name) {
+  static const Json::Value none;
+  for (const Json::Value& title : run.json["result"]["swList"]) {
+    if (title["l1FruPn"].asString() == "T-" + name) return title;
+  }
+  return none;
+}
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+/// @return what a command of the shell prints, both of its streams.
+std::string OutputOf(const std::string& command) {
+  std::string output;
+  FILE* pipe = popen((command + " 2>&1 </dev/null").c_str(), "r");
+  char buffer[4096];
+  for (std::size_t n = 0; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+    output.append(buffer, n);
+  pclose(pipe);
+  return output;
+}
+
+}  // namespace
+
+TEST(Report, NamesEachTitlesCauseAndTheRestartUntilTheNextBoot) {
+  Lab lab({{"stranger"}, {"unsigned"}, {"beta"}, {"missing"}, {"gamma"}, {"restart"}});
+  lab.Fault(R"({"on":"file:beta.cab","call":0,"status":404})");
+  lab.Fault(R"({"on":"file:gamma.cab","call":1,"status":503})");
+  const struct {
+    const char* name;
+    unsigned int code;
+    const char* cause;
+    const char* why;
+    const char* output;
+  } rows[] = {
+      {"stranger", 48, "package.signature", "signed by \"Stranger\", refused: its signer", ""},
+      {"unsigned", 48, "package.unsigned", "unsigned.cab: no signer to be told, refused", ""},
+      {"beta", 0xFFFFFFFF, "download.refused", "beta.cab, attempt 1: ", ""},
+      {"missing", 47, "check.exit-code", "check: exit code 3", "missing is in its place"},
+      {"gamma", 0, "", "", ""},
+      {"restart", 0, "", "", ""}};
+  const RunResult run = lab.Run("install");
+  EXPECT_EQ(run.json["code"].asUInt(), 0U) << run.errors;  // The last title's.
+  for (const auto& row : rows) {
+    const Json::Value& title = TitleOf(run, row.name);
+    EXPECT_EQ(title["code"].asUInt(), row.code) << row.name;
+    EXPECT_EQ(title["cause"].asString(), row.cause) << row.name;
+    EXPECT_TRUE(Contains(title["why"].asString(), row.why)) << row.name << title;
+    EXPECT_EQ(title["installerOutput"].asString(), row.output) << row.name;
+  }
+  EXPECT_TRUE(Contains(TitleOf(run, "beta")["why"].asString(), "HTTP status 404"));
+  EXPECT_EQ(run.json["restart"].asString(), "required");
+
+  const Json::Value titles = lab.Run("report").json["runs"][0]["titles"];
+  ASSERT_EQ(titles.size(), std::size(rows));
+  for (Json::ArrayIndex i = 0; i < titles.size(); ++i) {
+    EXPECT_EQ(titles[i]["cause"].asString(), rows[i].cause) << rows[i].name;
+    EXPECT_EQ(titles[i]["retries"].asInt(), rows[i].name == std::string("gamma") ? 1 : 0);
+  }
+  EXPECT_EQ(titles[5]["restart"].asString(), "required");
+  std::string phases;
+  for (const Json::Value& step : titles[5]["steps"]) phases += step["phase"].asString() + " ";
+  EXPECT_EQ(phases, "asked downloaded checked unpacked installed verified ");
+
+  EXPECT_TRUE(Contains(lab.RunForPeople("status").output, "restart: required"));
+  lab.Reboot();
+  EXPECT_FALSE(lab.Run("status").json.isMember("restart"));
+}
+
+TEST(Report, APageShowsItInABrowserAndABundleHoldsItWithoutSecrets) {
+  Lab lab({{"stranger"}, {"alpha"}});
+  lab.Configuration()["apiKey"] = "key-of-somebody";
+  const std::string people = lab.RunForPeople("install").output;
+  EXPECT_TRUE(Contains(people, "package.signature")) << people;
+  ASSERT_EQ(lab.Run("report --html C:/lab/report.html").exitStatus, 0);
+  const RunResult again = lab.Run("report --html C:/lab/report.html");
+  EXPECT_EQ(again.exitStatus, 2);
+  EXPECT_TRUE(Contains(again.errors, "is there already")) << again.errors;
+
+  const std::string folder = (lab.DriveC() / "lab").string();
+  const std::string seen = OutputOf(
+      "timeout 60 chromium --headless --no-sandbox --disable-gpu --no-first-run --disable-sync "
+      "--disable-background-networking --disable-component-update --user-data-dir='" +
+      folder + "/browser' --log-net-log='" + folder + "/net.json' --enable-logging=stderr " +
+      "--dump-dom 'file://" + folder + "/report.html'");
+  EXPECT_TRUE(Contains(seen, "<h1>Software delivery on this device</h1>")) << seen;
+  EXPECT_TRUE(Contains(seen, "not installed, code 48")) << seen;
+  EXPECT_FALSE(Contains(seen, "CONSOLE")) << seen;
+
+  ASSERT_EQ(lab.Run("bundle C:/lab/ticket.cab").exitStatus, 0);
+  OutputOf("cabextract -q -d '" + folder + "/ticket' '" + folder + "/ticket.cab'");
+  for (const char* name : {"ZLT.log", "TolmarAgent.log", "events.jsonl"}) {
+    const std::string packed = ReadFile(folder + "/ticket/" + name);
+    EXPECT_FALSE(packed.empty()) << name;
+    EXPECT_TRUE(lab.LogText(name).starts_with(packed)) << name;
+  }
+  const std::string shown = ReadFile(folder + "/ticket/configuration.json");
+  EXPECT_TRUE(Contains(shown, "\"deviceId\" : \"PC-0001\"")) << shown;
+  for (const auto& entry : fs::directory_iterator(folder + "/ticket")) {
+    const std::string text = ReadFile(entry.path());
+    for (const char* secret : {"session-of-the-lab", "key-of-somebody", "eyJ"}) {
+      EXPECT_FALSE(Contains(text, secret)) << entry.path() << secret;
+    }
+  }
+  EXPECT_TRUE(Contains(ReadFile(folder + "/ticket/report.txt"), "package.signature"));
+}
