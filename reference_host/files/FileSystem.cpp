@@ -71,7 +71,7 @@ bool DeleteJudged(const std::wstring& path, bool recursive) {
     ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
     return false;
   }
-  return DeleteFolder(name, std::move(held));
+  return DeleteFolder(name, held);
 }
 
 }  // namespace
@@ -99,13 +99,9 @@ bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive)
                  refhost::InstallationLease::Description(*other).c_str());
     return false;
   }
-<<<<<<< ours
   const bool deleted = DeleteJudged(path, recursive);
   refhost::InstallationLease::ReleaseWith(path);
   return deleted;
-=======
-  return DeleteFolder(name, held);
->>>>>>> theirs
 }
 
 std::wstring FileSystem::getFileName(const std::wstring& path) {
