@@ -241,14 +241,12 @@ BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
 BitsDownload::End BitsDownload::TakeOver(BitsFailure& failure) {
   if (!_job) return End::Done;
   const FilePlace::Wait wait = StoppableWait();
-  std::optional<BitsFailure> misplaced = _files.FindHeld(wait);
-  if (!misplaced) {
-    const HRESULT result = CompleteJob(wait);
-    if (FAILED(result)) misplaced = FailureWith(BG_ERROR_CONTEXT_LOCAL_FILE, result);
-  }
-  // Neither a place in use nor a stop loses a byte that a job still has.
-  if (misplaced && _order.IsStopRequested(0)) return End::Stopped;
+  const HRESULT result = CompleteJob(wait);
+  // A stop does not lose the bytes that a job still has.
+  if (FAILED(result) && _order.IsStopRequested(0)) return End::Stopped;
   _job.reset();
+  std::optional<BitsFailure> misplaced;
+  if (FAILED(result)) misplaced = FailureWith(BG_ERROR_CONTEXT_LOCAL_FILE, result);
   if (!misplaced) misplaced = _files.Place(wait);
   if (!misplaced) return End::Done;
   failure = *misplaced;

@@ -175,14 +175,6 @@ std::optional<BitsFailure> DownloadFileSet::ClearPlaces(const Wait& wait) const 
   return std::nullopt;
 }
 
-std::optional<BitsFailure> DownloadFileSet::FindHeld(const Wait& wait) const {
-  for (const DownloadFile& file : _files) {
-    if (file.finished || !file.arrived) continue;
-    if (std::optional<BitsFailure> failure = FilePlace::FindHeld(file, wait)) return failure;
-  }
-  return std::nullopt;
-}
-
 std::optional<BitsFailure> DownloadFileSet::Place(const Wait& wait) {
   std::optional<BitsFailure> first;
   for (DownloadFile& file : _files) {

@@ -73,9 +73,6 @@ class DownloadFileSet {
   /// transfer than behind it.
   std::optional<BitsFailure> ClearPlaces(const Wait& wait) const;
 
-  /// @return the failure when others have a place open that a file is to come to.
-  std::optional<BitsFailure> FindHeld(const Wait& wait) const;
-
   /// Puts what has arrived into its place; the job that brought it is completed.
   /// @return the first failure: a file that was cut off, or that could not be put there.
   std::optional<BitsFailure> Place(const Wait& wait);

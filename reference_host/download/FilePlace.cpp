@@ -84,10 +84,6 @@ std::optional<BitsFailure> FilePlace::Clear(const DownloadFile& file, const Wait
   });
 }
 
-std::optional<BitsFailure> FilePlace::FindHeld(const DownloadFile& file, const Wait& wait) {
-  return FailureToUse(file, wait, [&file] { return Replaceable(file.part); });
-}
-
 std::optional<BitsFailure> FilePlace::Fill(const DownloadFile& file, const Wait& wait) {
   const std::optional<std::uint64_t> size = SizeOnDisk(file.part);
   if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());

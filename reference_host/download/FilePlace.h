@@ -52,9 +52,6 @@ BitsFailure FailureOf(const DownloadFile& file, BG_ERROR_CONTEXT context, HRESUL
 /// @return the failure when that, or what is in the file's later place, cannot be replaced.
 std::optional<BitsFailure> Clear(const DownloadFile& file, const Wait& wait);
 
-/// @return the failure when others have the place open that the job puts the file into.
-std::optional<BitsFailure> FindHeld(const DownloadFile& file, const Wait& wait);
-
 /// Moves a file that has arrived to its place, when it is as long as announced.
 std::optional<BitsFailure> Fill(const DownloadFile& file, const Wait& wait);
 

@@ -50,11 +50,12 @@ bool Delete(const std::wstring& path, bool recursive) {
   return deleted || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
-/// @param held in, the folder itself: while it is being emptied a link could take its place.
-bool DeleteFolder(const std::wstring& name, refhost::HeldFolder held) {
+/// @param held in, the folder itself, since a link could take its place while it is being emptied;
+/// out, let go of.
+bool DeleteFolder(const std::wstring& name, refhost::HeldFolder& held) {
   refhost::ReleaseFolders(name, false);
   if (!DeleteContents(name)) return false;
-  held = {};
+  held.Leave();
   refhost::ReleaseFolders(name, true);
   // Another host may hold it, and finds nothing in it any more.
   return Delete(name, false) || GetLastError() == ERROR_SHARING_VIOLATION;
@@ -70,7 +71,7 @@ bool DeleteJudged(const std::wstring& path, bool recursive) {
     ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
     return false;
   }
-  return DeleteFolder(name, std::move(held));
+  return DeleteFolder(name, held);
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ std::wstring HeldFolder::Enter(const std::wstring& name, SECURITY_ATTRIBUTES* ru
     const std::wstring step = name.substr(0, end);
     const std::wstring refusal = Step(step, rules);
     if (refusal.empty()) continue;
-    _way.clear();
+    Leave();
     const bool itself = end == std::wstring::npos;
     return itself ? refusal : step.substr(RootLength - 3) + L": " + refusal;
   }

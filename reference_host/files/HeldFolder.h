@@ -23,6 +23,9 @@ class HeldFolder {
   /// @return what is wrong (a phrase for a log line), empty when nothing is.
   std::wstring Enter(const std::wstring& name, SECURITY_ATTRIBUTES* rules);
 
+  /// Lets go of the folders.
+  void Leave() { _way.clear(); }
+
   /// @return true when `Enter` has made the folder, not found it.
   bool IsNew() const { return _isNew; }
   explicit operator bool() const { return !_way.empty(); }

@@ -99,7 +99,7 @@ TEST(Failure, FaultsOfTheDeviceEndAsTheyShould) {
        "inner is refused: C:\\lab\\download: a link stands in its place"},
       {"download folder of somebody else", "alpha", [](Lab& lab) { GiveAway(Downloads(lab)); }, -1,
        "not installed", "download is refused: it belongs to somebody else"},
-      {"download folder holds somebody else's", "alpha",
+      {"foreign things in download folder", "alpha",
        [](Lab& lab) { GiveAway(Downloads(lab) / "theirs"); }, -1, "not installed",
        "download is refused: it holds theirs: it belongs to somebody else"},
       {"download folder open to everybody", "alpha",

@@ -160,19 +160,34 @@ TEST_F(BitsTest, AJobThatEndsWithoutItsFileIsAFailure) {
 
 TEST_F(BitsTest, WhatAScannerHoldsIsTriedAgain) {
   const struct {
+    const char* name;
     std::deque<HRESULT> results;
+    DWORD heldMs;  ///< how long the file is held when it has its first name
     Errors errors;
-  } rows[] = {{{InUse, InUse, S_OK}, {}}, {std::deque<HRESULT>(1000, InUse), {{4, InUse}}}};
+  } rows[] = {{"the first name", {InUse, InUse, S_OK}, 0, {}},
+              {"the last name", {}, 300, {}},
+              {"the first name, for long", std::deque<HRESULT>(1000, InUse), 0, {{4, InUse}}},
+              {"the last name, for long", {}, 3000, {{4, InUse}}}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
     Download download;
+    std::thread scanner;
     bits.jobs.clear();
     bits.onMake = [&](FakeBitsJob& job) {
       SetUp(job);
       job.completeResults = row.results;
+      job.onComplete = [&](FakeBitsJob&) {
+        scanner = std::thread([held = Hold(Arriving(L"a.cab")), &row, &download] {
+          WaitForSingleObject(download.cancel, row.heldMs);
+          CloseHandle(held);
+        });
+      };
     };
     EXPECT_EQ(Run(download), row.errors.empty());
     EXPECT_EQ(ErrorsOf(download), row.errors);
     EXPECT_EQ(bits.jobs.size(), 1U);
+    SetEvent(download.cancel);
+    if (scanner.joinable()) scanner.join();
     EXPECT_EQ(TestMachine::ReadFile(InFolder(L"a.cab")).size(), row.errors.empty() ? 100000U : 0U);
   }
 }

@@ -139,8 +139,7 @@ TEST_F(DownloadAgentTest, AFileInUseIsNotReplaced) {
     Download download;
     FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath() + L".arriving", true);
     TestMachine::WriteFile(name, "in use");
-    const HANDLE user = CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE user = Hold(name);
     EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
     CloseHandle(user);
     ASSERT_EQ(download.errors.size(), 1U);
@@ -162,19 +161,15 @@ TEST_F(DownloadAgentTest, AFileThatIsHeldForAWhileIsWaitedFor) {
     return;
   }
   Download download;
-  std::thread scanner;
-  download.onProgress = [&] {  // The job has all bytes, the file is to get its name now.
-    if (scanner.joinable() || download.progress.back().filesTransferred == 0) return;
-    TestMachine::WriteFile(Arriving(L"a.cab"), "held");
-    const HANDLE held = CreateFileW(Arriving(L"a.cab").c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    scanner = std::thread([held, &download] {
-      WaitForSingleObject(download.cancel, 3000);
-      CloseHandle(held);
-    });
-  };
+  FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath() + L".arriving", true);
+  TestMachine::WriteFile(Arriving(L"a.cab"), "held");
+  std::thread scanner([held = Hold(Arriving(L"a.cab")), &download] {
+    WaitForSingleObject(download.cancel, 3000);
+    CloseHandle(held);
+  });
+  const auto begin = Clock::now();
   EXPECT_TRUE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
-  ASSERT_TRUE(scanner.joinable());
+  EXPECT_GE(Clock::now() - begin, std::chrono::seconds(2));
   scanner.join();
   EXPECT_EQ(TestMachine::ReadFile(InFolder(L"a.cab")).size(), 100000U);
 }

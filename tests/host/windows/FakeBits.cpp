@@ -188,7 +188,8 @@ HRESULT FakeBitsJob::Resume() {
 HRESULT FakeBitsJob::Cancel() {
   APTTYPE type{};
   APTTYPEQUALIFIER qualifier{};
-  cancelledInApartment = CoGetApartmentType(&type, &qualifier) == S_OK;
+  cancelledInApartment =
+      CoGetApartmentType(&type, &qualifier) == S_OK && qualifier != APTTYPEQUALIFIER_IMPLICIT_MTA;
   cancelled = true;
   state = BG_JOB_STATE_CANCELLED;
   return S_OK;
@@ -205,6 +206,7 @@ HRESULT FakeBitsJob::Complete() {
     if (file->progress.Completed) TestMachine::WriteFile(file->path, file->body);
   }
   state = BG_JOB_STATE_ACKNOWLEDGED;
+  if (onComplete) onComplete(*this);
   return result;
 }
 
@@ -244,13 +246,14 @@ class FakeBits::Manager final : public LastingObject<IBackgroundCopyManager> {
   };
 
   explicit Manager(FakeBits& bits) : _bits(bits) {
-    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    // The test's own thread is to have no COM, like a host's.
+    CoIncrementMTAUsage(&_usage);
     CoRegisterClassObject(CLSID_BackgroundCopyManager, &_factory, CLSCTX_LOCAL_SERVER,
                           REGCLS_MULTIPLEUSE, &_cookie);
   }
   ~Manager() {
     CoRevokeClassObject(_cookie);
-    CoUninitialize();
+    CoDecrementMTAUsage(_usage);
   }
 
   HRESULT STDMETHODCALLTYPE CreateJob(LPCWSTR name, BG_JOB_TYPE, GUID* id,
@@ -276,6 +279,7 @@ class FakeBits::Manager final : public LastingObject<IBackgroundCopyManager> {
 
   FakeBits& _bits;
   Factory _factory{*this};
+  CO_MTA_USAGE_COOKIE _usage = nullptr;
   DWORD _cookie = 0;
   std::vector<std::unique_ptr<Jobs>> _lists;
 };

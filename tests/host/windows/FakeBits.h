@@ -76,13 +76,14 @@ class FakeBitsJob final : public LastingObject<IBackgroundCopyJob> {
   ULONG securityFlags = 0;
   int resumed = 0;
   bool cancelled = false;
-  bool cancelledInApartment = false;
+  bool cancelledInApartment = false;  ///< the canceller's own, not one that somebody else has
   HRESULT flagsResult = S_OK;
   HRESULT suspendResult = S_OK;
   HRESULT nextResult = S_FALSE;           ///< of the files' enumeration, at its end
   std::deque<HRESULT> completeResults{};  ///< of the first calls; then S_OK
   std::function<void(FakeBitsJob&)> onResume;
   std::function<void(FakeBitsJob&)> onState;
+  std::function<void(FakeBitsJob&)> onComplete;  ///< once the files have their names
 
   HRESULT STDMETHODCALLTYPE AddFileSet(ULONG, BG_FILE_INFO*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE AddFile(LPCWSTR url, LPCWSTR path) override;
