@@ -176,10 +176,11 @@ RunResult Lab::RunAs(const std::string& mode, const std::string& arguments, int 
 }
 
 void Lab::Reboot() const {
+  // What starts the system's services must not give them this program's output.
   std::string output;
   Shell(
-      "wineserver -k; wineserver -w; wineserver -p; timeout 120 wine wineboot >/dev/null 2>&1 "
-      "</dev/null",
+      "(wineserver -k; wineserver -w; wineserver -p; timeout 120 wine wineboot) "
+      ">/dev/null 2>&1 </dev/null",
       output);
 }
 

@@ -49,7 +49,9 @@ std::string FileDone(const Record& record) {
 std::string FileFailed(const Record& record) {
   std::string phrase = record.Text("file") + ", attempt " +
                        std::to_string(record.Number("attempt")) + ": " + record.Text("reason");
-  if (record.Has("status")) phrase += ", HTTP status " + std::to_string(record.Number("status"));
+  const std::string status = "HTTP status " + std::to_string(record.Number("status"));
+  const bool isSaid = !record.Has("status") || phrase.find(status) != std::string::npos;
+  if (!isSaid) phrase += ", " + status;
   if (record.Has("waitMs")) phrase += "; again after " + Duration(record.Number("waitMs"));
   return phrase;
 }
