@@ -48,6 +48,17 @@ class Reader {
     return _root[key].asBool();
   }
 
+  /// @return true for the one word, false for the other.
+  bool IsFirst(const char* key, const std::string& first, const std::string& second,
+               bool otherwise) const {
+    if (!_root.isMember(key)) return otherwise;
+    const std::string word = Text(key);
+    if (word != first && word != second) {
+      Refuse(key, "must be \"" + first + "\" or \"" + second + "\"");
+    }
+    return word == first;
+  }
+
   /// Reads a whole number; `number` keeps its value when the key is absent.
   template <typename Whole>
   void Number(const char* key, Whole least, Whole most, Whole& number) const {
@@ -140,11 +151,15 @@ Configuration Read(const Reader& reader) {
   read.logFolder = ReadFolder(reader, "logFolder");
   read.requireSignedPackages = reader.Flag("requireSignedPackages", read.requireSignedPackages);
   read.trustedPublishers = ReadThumbprints(reader, "trustedPublishers");
-  constexpr unsigned int Day = 24 * 60 * 60;
-  reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
-  reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
-  reader.Number("leaseWaitSeconds", 0u, Day, read.leaseWaitSeconds);
   constexpr unsigned int Hour = 60 * 60;
+  constexpr unsigned int Day = 24 * Hour;
+  reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
+  reader.Number("maxCheckScripts", 1u, 1000u, read.maxCheckScripts);
+  reader.Number("cancelledCheckGraceSeconds", 0u, Hour, read.cancelledCheckGraceSeconds);
+  reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
+  read.installersMeetUser =
+      reader.IsFirst("installerSession", "user", "service", read.installersMeetUser);
+  reader.Number("leaseWaitSeconds", 0u, Day, read.leaseWaitSeconds);
   reader.Number("requestTimeoutSeconds", 1u, Hour, read.requestTimeoutSeconds);
   reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);
   reader.Number("maxFileBytes", MinSizeLimit, MaxSizeLimit, read.maxFileBytes);

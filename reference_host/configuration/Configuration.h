@@ -17,11 +17,14 @@ struct Configuration {
   std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
   std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;
-  std::vector<std::string> trustedPublishers;   ///< SHA-256 thumbprints, 64 lower-case hex digits
-  unsigned int processTimeoutSeconds = 600;     ///< for programs that are run to their end
-  unsigned int installerTimeoutSeconds = 7200;  ///< for installers
-  unsigned int leaseWaitSeconds = 600;          ///< for another process's installation
-  unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
+  std::vector<std::string> trustedPublishers;    ///< SHA-256 thumbprints, 64 lower-case hex digits
+  unsigned int processTimeoutSeconds = 600;      ///< for programs that are run to their end
+  unsigned int maxCheckScripts = 0;              ///< at once; 0: as many as processors
+  unsigned int cancelledCheckGraceSeconds = 10;  ///< for a check that begins after the cancel event
+  unsigned int installerTimeoutSeconds = 7200;   ///< for installers
+  bool installersMeetUser = true;  ///< they run in the signed-in user's session, where there is one
+  unsigned int leaseWaitSeconds = 600;      ///< for another process's installation
+  unsigned int requestTimeoutSeconds = 30;  ///< for each step of a request to the service
   unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
   std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to
   std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to

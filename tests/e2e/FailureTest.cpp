@@ -239,6 +239,15 @@ TEST(Failure, CancelledInstallationEndsLongBeforeItsInstaller) {
             std::string::npos);
 }
 
+TEST(Failure, AModuleThatIsThereCountsThoughItsInstallationWasCancelled) {
+  Lab lab({{"lingering"}});
+  const RunResult run = lab.Run("install --timeout 8", 60);  // The installer ends two minutes late.
+  EXPECT_EQ(run.json["code"].asInt(), 0) << run.errors;
+  EXPECT_EQ(StatusOf(run, "lingering"), "installed");
+  EXPECT_NE(lab.LogText("TolmarAgent.log").find("Installation cancelled by CancelEvent"),
+            std::string::npos);
+}
+
 TEST(Failure, CancelledDownloadEndsLongBeforeItsFile) {
   Lab lab({{"alpha"}});
   lab.Fault(R"({"on":"file:alpha.cab","call":0,"delayMs":120000})");

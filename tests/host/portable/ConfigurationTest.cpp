@@ -21,6 +21,8 @@ TEST(Configuration, TakesTheMandatoryKeysAndDefaults) {
   EXPECT_TRUE(read.requireSignedPackages);
   EXPECT_TRUE(read.downloadFolder.empty());
   EXPECT_EQ(read.processTimeoutSeconds, 600U);
+  EXPECT_EQ(read.maxCheckScripts, 0U);
+  EXPECT_TRUE(read.installersMeetUser);
   EXPECT_EQ(read.retryWaitScale, 1.0);
 }
 
@@ -34,6 +36,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
               R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
               R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
               R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
+              R"("installerSession":"service","maxCheckScripts":3,"cancelledCheckGraceSeconds":0,)"
               R"("retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
@@ -43,6 +46,9 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.downloadFolder, L"C:\\Data\\D\u00E4");
   EXPECT_EQ(read.logFolder, L"Z:\\l");
   EXPECT_EQ(read.processTimeoutSeconds, 7U);
+  EXPECT_FALSE(read.installersMeetUser);
+  EXPECT_EQ(read.maxCheckScripts, 3U);
+  EXPECT_EQ(read.cancelledCheckGraceSeconds, 0U);
   EXPECT_EQ(read.downloadStallSeconds, 9U);
   EXPECT_EQ(read.maxFileBytes, 8589934592U);
   EXPECT_EQ(read.maxUnpackedBytes, 1024U);
@@ -64,6 +70,10 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("downloadFolder":"relative\\x")"), "\"downloadFolder\""},
       {WithMore(R"("processTimeoutSeconds":0)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("processTimeoutSeconds":-1)"), "\"processTimeoutSeconds\""},
+      {WithMore(R"("maxCheckScripts":0)"), "\"maxCheckScripts\""},
+      {WithMore(R"("cancelledCheckGraceSeconds":3601)"), "\"cancelledCheckGraceSeconds\""},
+      {WithMore(R"("installerSession":"users")"),
+       "\"installerSession\" must be \"user\" or \"service\""},
       {WithMore(R"("logMaxBytes":"1")"), "\"logMaxBytes\""},
       {WithMore(R"("requestTimeoutSeconds":3601)"), "\"requestTimeoutSeconds\""},
       {WithMore(R"("installerTimeoutSeconds":0)"), "\"installerTimeoutSeconds\""},

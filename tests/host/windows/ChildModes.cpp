@@ -4,9 +4,11 @@
 // Behind windows.h, whose types it needs.
 #include <shellapi.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "host/common/DownloadAgent.h"
 #include "host/common/FileSystem.h"
@@ -58,16 +60,43 @@ bool StartGrandchild(const char* name) {
          WaitForSingleObject(ready, 20000) == WAIT_OBJECT_0;
 }
 
-/// Runs a program that would wait for a minute. @return 0 when it was ended before.
-int LaunchWaiter(const char* name) {
+/// Runs two programs that would wait for a minute, with an event that is signalled or not.
+/// @return 0 when both were ended before.
+int LaunchWaiters(const char* name, bool signalled) {
   wchar_t program[MAX_PATH];
   GetModuleFileNameW(nullptr, program, MAX_PATH);
   const std::wstring line =
       L"\"" + std::wstring(program) + L"\" --wait " + ZLT::String::UTF8ToUTF16(name);
+  const HANDLE cancel = CreateEventW(nullptr, TRUE, signalled, nullptr);
   const ULONGLONG begin = GetTickCount64();
-  const int launched =
-      ZLT::ProcessWrap::LaunchApplicationAndCheckExitCode(line, L"C:\\", true, nullptr);
-  return launched == 0 && GetTickCount64() - begin < 30000 ? 0 : 6;
+  std::atomic<int> succeeded = 0;
+  const auto launch = [&] {
+    succeeded += ZLT::ProcessWrap::LaunchApplicationAndCheckExitCode(line, L"C:\\", true, cancel);
+  };
+  std::thread other(launch);
+  launch();
+  other.join();
+  return succeeded == 0 && GetTickCount64() - begin < 30000 ? 0 : 6;
+}
+
+/// Sets an event by the number of a handle, should this process have inherited that.
+int SetByNumber(const char* number) {
+  const auto handle = reinterpret_cast<HANDLE>(std::strtoull(number, nullptr, 10));
+  return SetEvent(handle) ? 0 : 7;
+}
+
+/// Starts a program that is in no job of this one. @return 0 or the system's error.
+int BreakAway() {
+  wchar_t program[MAX_PATH];
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  std::wstring line = L"\"" + std::wstring(program) + L"\" --exit 0";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process{};
+  const BOOL started =
+      CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, CREATE_BREAKAWAY_FROM_JOB,
+                     nullptr, nullptr, &startup, &process);
+  return started ? 0 : static_cast<int>(GetLastError());
 }
 
 /// Owns a mutex, which the test sees abandoned when this process ends, and waits.
@@ -125,7 +154,9 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--wait") return WaitForEvent(first);
   if (mode == "--tree") return StartGrandchild(first) ? WaitForEvent(first) : 8;
   if (mode == "--leave") return StartGrandchild(first) ? 0 : 8;
-  if (mode == "--launch-waiter") return LaunchWaiter(first);
+  if (mode == "--launch-waiters") return LaunchWaiters(first, count > 3);
+  if (mode == "--set") return SetByNumber(first);
+  if (mode == "--break-away") return BreakAway();
   if (mode == "--hold") return HoldMark(first);
   if (mode == "--read-input") return ReadInput();
   if (mode == "--print" && count > 3) return Print(std::atoi(first), arguments[3]);

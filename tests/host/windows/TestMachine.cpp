@@ -40,6 +40,7 @@ Json::Value Configuration() {
   root["logFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\logs");
   root["downloadFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\downloads");
   root["processTimeoutSeconds"] = 20;
+  root["maxCheckScripts"] = 2;
   root["logMaxBytes"] = 65536;
   root["downloadStallSeconds"] = 3;
   root["leaseWaitSeconds"] = 2;
