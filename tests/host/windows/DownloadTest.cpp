@@ -206,7 +206,6 @@ TEST_F(DownloadAgentTest, WhatTheDiskDoesNotTakeIsNotBegun) {
   EXPECT_EQ(download.errors[0].errorCode, isLimited ? TooLarge : FullDisk);
   EXPECT_EQ(Gets("/huge"), 0U);
   if (!isLimited) return;
-  FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
   Json::Value changes;  // Once more, where it is the disk alone that is too small.
   changes["maxFileBytes"] = Json::UInt64{1} << 51;
   std::string output;

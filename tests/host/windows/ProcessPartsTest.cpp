@@ -40,7 +40,6 @@ DWORD TellAndWait(DWORD count, const HANDLE* handles, BOOL all, DWORD millisecon
 
 }  // namespace
 
-// NOLINTBEGIN(bugprone-suspicious-include)
 #define WTSGetActiveConsoleSessionId TellSession
 #define WTSQueryUserToken TellUser
 #include "reference_host/process/UserSession.cpp"
@@ -49,7 +48,6 @@ DWORD TellAndWait(DWORD count, const HANDLE* handles, BOOL all, DWORD millisecon
 #define WaitForMultipleObjects TellAndWait
 #include "reference_host/process/Patience.cpp"
 #undef WaitForMultipleObjects
-// NOLINTEND(bugprone-suspicious-include)
 
 namespace {
 

@@ -13,6 +13,7 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Text.h"
+#include "host/common/Utility.h"
 
 namespace TestMachine {
 
@@ -109,6 +110,8 @@ std::wstring ConfigurationWith(const Json::Value& changes) {
 
 unsigned long RunAgain(const std::wstring& arguments, const std::wstring& configuration,
                        std::string& output) {
+  // With its folder, this process gives the machine's lease back.
+  FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
   SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   HANDLE readEnd = nullptr, writeEnd = nullptr;
   CreatePipe(&readEnd, &writeEnd, &inheritable, 0);
