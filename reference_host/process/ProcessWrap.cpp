@@ -37,7 +37,7 @@ std::chrono::milliseconds Since(Clock::time_point begin) {
 
 void LogNotStarted(ScriptKind kind, unsigned long error, const std::wstring& commandLine) {
   g_log.e(L"ProcessWrap: not started, error %lu: %s", error, commandLine.c_str());
-  TellScriptNotStarted(kind, error);
+  TellScriptNotStarted(kind, commandLine, error);
 }
 
 /// @return exit code of a program that has ended; what is not to be found out is no success.
@@ -63,7 +63,7 @@ void LogEnd(ScriptKind kind, const ScriptEnd& end, const std::wstring& commandLi
             const refhost::ProcessOutput& output) {
   refhost::LogProcessEnd(end.how != WaitEnd::Signalled, end.text, end.duration, commandLine,
                          output);
-  TellScriptEnd(kind, end, output);
+  TellScriptEnd(kind, commandLine, end, output);
 }
 
 bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirectory, bool hidden,

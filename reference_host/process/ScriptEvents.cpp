@@ -1,5 +1,7 @@
 #include "reference_host/process/ScriptEvents.h"
 
+#include <string_view>
+
 #include "reference_host/log/Event.h"
 #include "reference_host/process/Restart.h"
 
@@ -22,6 +24,15 @@ std::string CauseOf(ScriptKind kind, const ScriptEnd& end) {
   return end.exitCode == 0 || wantsRestart ? std::string() : NameOf(kind) + ".exit-code";
 }
 
+/// @return the name of the script in its command line, empty when there is none.
+std::wstring ScriptIn(const std::wstring& commandLine) {
+  constexpr std::wstring_view Extension = L".ps1";
+  const std::size_t end = commandLine.find(Extension);
+  if (end == std::wstring::npos) return {};
+  const std::size_t begin = commandLine.find_last_of(L"\\/\" ", end) + 1;
+  return commandLine.substr(begin, end + Extension.size() - begin);
+}
+
 void TellRestart(unsigned long exitCode) {
   const Restart restart = RestartOf(exitCode);
   if (restart == Restart::None) return;
@@ -35,20 +46,26 @@ void TellRestart(unsigned long exitCode) {
 }  // namespace
 
 void TellScriptBegins(ScriptKind kind, const std::wstring& commandLine) {
-  Event("script.began").With("kind", NameOf(kind)).With("command", commandLine).Write();
+  Event("script.began")
+      .With("kind", NameOf(kind))
+      .With("script", ScriptIn(commandLine))
+      .With("command", commandLine)
+      .Write();
 }
 
-void TellScriptNotStarted(ScriptKind kind, unsigned long error) {
+void TellScriptNotStarted(ScriptKind kind, const std::wstring& commandLine, unsigned long error) {
   Event("script.ended")
       .With("kind", NameOf(kind))
+      .With("script", ScriptIn(commandLine))
       .With("reason", "not started, error " + std::to_string(error))
       .With("cause", NameOf(kind) + ".not-started")
       .Write();
 }
 
-void TellScriptEnd(ScriptKind kind, const ScriptEnd& end, const ProcessOutput& output) {
+void TellScriptEnd(ScriptKind kind, const std::wstring& commandLine, const ScriptEnd& end,
+                   const ProcessOutput& output) {
   Event event("script.ended");
-  event.With("kind", NameOf(kind));
+  event.With("kind", NameOf(kind)).With("script", ScriptIn(commandLine));
   const bool byItself = end.how == WaitEnd::Signalled;
   if (byItself) event.With("exitCode", end.exitCode);
   event.With("reason", byItself ? std::wstring() : end.text)

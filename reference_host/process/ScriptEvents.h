@@ -13,7 +13,7 @@ enum class ScriptKind { Installer, Check };
 void TellScriptBegins(ScriptKind kind, const std::wstring& commandLine);
 
 /// @param error in, the system's.
-void TellScriptNotStarted(ScriptKind kind, unsigned long error);
+void TellScriptNotStarted(ScriptKind kind, const std::wstring& commandLine, unsigned long error);
 
 /// How a script has ended.
 struct ScriptEnd {
@@ -24,6 +24,7 @@ struct ScriptEnd {
 };
 
 /// Tells of a script that has ended, and records the restart that an installer wants.
-void TellScriptEnd(ScriptKind kind, const ScriptEnd& end, const ProcessOutput& output);
+void TellScriptEnd(ScriptKind kind, const std::wstring& commandLine, const ScriptEnd& end,
+                   const ProcessOutput& output);
 
 }  // namespace refhost

@@ -77,7 +77,8 @@ TEST(Report, NamesEachTitlesCauseAndTheRestartUntilTheNextBoot) {
       {"unsigned", 48, "package.unsigned", "unsigned.cab: no signer to be told, refused", ""},
       {"beta", 0xFFFFFFFF, "download.refused",
        "beta.cab, attempt 4: the server answered with HTTP status 404", ""},
-      {"missing", 47, "check.exit-code", "check: exit code 3", "missing is in its place"},
+      {"missing", 47, "check.exit-code", "check-missing.ps1: exit code 3, no such program",
+       "missing is in its place"},
       {"gamma", 0, "", "", ""},
       {"restart", 0, "", "", ""}};
   const RunResult run = lab.Run("install");

@@ -68,7 +68,11 @@ std::string ScriptEnd(const Record& record) {
   const std::string ending = record.Has("exitCode")
                                  ? "exit code " + std::to_string(record.Number("exitCode"))
                                  : record.Text("reason");
-  return record.Text("kind") + ": " + ending;
+  const std::string script = record.Text("script");
+  const std::string phrase = (script.empty() ? record.Text("kind") : script) + ": " + ending;
+  // The check's own words; an installer's are told apart.
+  const std::string output = record.Is("kind", "check") ? record.Text("output") : "";
+  return output.empty() ? phrase : phrase + ", " + output.substr(output.rfind('\n') + 1);
 }
 
 }  // namespace
@@ -109,6 +113,7 @@ std::string PhraseOf(const Record& record) {
 }
 
 std::string Duration(std::int64_t milliseconds) {
+  if (milliseconds < 100) return std::to_string(milliseconds) + " ms";
   if (milliseconds < 60000) return Format("%.1f s", static_cast<double>(milliseconds) / 1e3);
   const std::int64_t seconds = milliseconds / 1000;
   return std::to_string(seconds / 60) + " min " + std::to_string(seconds % 60) + " s";

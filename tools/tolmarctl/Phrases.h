@@ -29,7 +29,7 @@ class Record {
 /// that is nothing.
 std::string PhraseOf(const Record& record);
 
-/// @return "1.2 s", "3 min 20 s".
+/// @return "12 ms", "1.2 s", "3 min 20 s".
 std::string Duration(std::int64_t milliseconds);
 
 }  // namespace timeline

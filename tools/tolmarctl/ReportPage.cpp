@@ -17,17 +17,17 @@ body { margin: 2rem auto; max-width: 62rem; padding: 0 1rem; background: var(--p
   color: var(--ink); font: 15px/1.5 system-ui, sans-serif; }
 h1 { font-size: 1.5rem; margin: 0; }
 h2 { font-size: 1rem; margin: 2rem 0 .5rem; color: var(--soft); font-weight: 600; }
-p { margin: .25rem 0; }
+p { margin: 0 0 .25rem; overflow-wrap: anywhere; }
 details { border: 1px solid var(--line); border-radius: 8px; margin: .5rem 0; }
 summary { padding: .6rem .9rem; cursor: pointer; background: var(--card); border-radius: 8px; }
 summary:focus-visible { outline: 3px solid var(--bar); }
 summary b { margin-right: .6rem; }
 .body { padding: .3rem .9rem .8rem; }
 .good { color: var(--good); } .bad { color: var(--bad); } .soft { color: var(--soft); }
-table { border-collapse: collapse; width: 100%; }
+table { border-collapse: collapse; width: 100%; table-layout: fixed; }
 th, td { text-align: left; vertical-align: top; padding: .3rem .8rem .3rem 0;
   border-bottom: 1px solid var(--line); font-weight: 400; }
-td.time { text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }
+th { width: 9rem; } td.time { width: 5.5rem; text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }
 td.when { width: 14rem; }
 svg { width: 100%; height: .7rem; background: var(--card); border-radius: 3px; }
 rect { fill: var(--bar); } rect.bad { fill: var(--bad); }
@@ -38,7 +38,7 @@ pre { background: var(--card); border-radius: 6px; padding: .6rem .8rem; overflo
 
 /// SHA-256 of the style, which the policy lets in by it: a browser that finds another one says
 /// which in its console.
-constexpr const char* StyleHash = "sha256-k265Pqf4zJJkZW5WAtW3FK9KuMDoBQEk86MNHe2Qe8M=";
+constexpr const char* StyleHash = "sha256-tZaljlaa0XEiuHV3EASlHTmGJ1nqeruBfV2XCT+BAJg=";
 
 std::string Escaped(const std::string& text) {
   std::string escaped;
@@ -62,7 +62,15 @@ std::string Element(const std::string& tag, const std::string& text, const std::
   return "<" + tag + attribute + ">" + Escaped(text) + "</" + tag + ">";
 }
 
-bool HasFailed(const Title& title) { return !title.end || !CauseOf(title).empty(); }
+/// What nobody named a title for has no end either.
+bool HasFailed(const Title& title) {
+  return !CauseOf(title).empty() || (!title.end && !title.partNumber.empty());
+}
+
+/// Not by its colour alone.
+std::string NameOf(const Step& step) {
+  return step.phase + (step.cause.empty() ? "" : " (failed)");
+}
 
 std::int64_t EndOf(const Title& title) {
   std::int64_t end = title.end.value_or(title.begin);
@@ -86,7 +94,7 @@ std::string Bar(const Title& title, const Step& step) {
 }
 
 std::string StepRow(const Title& title, const Step& step) {
-  std::string row = "<tr>" + Element("th", step.phase, step.cause.empty() ? "" : "bad");
+  std::string row = "<tr>" + Element("th", NameOf(step), step.cause.empty() ? "" : "bad");
   row += Element("td", step.length ? Duration(*step.length) : "not ended", "time");
   row += "<td class=\"when\">" + Bar(title, step) + "</td><td>";
   for (const std::string& note : step.notes) row += Element("p", note);

@@ -29,7 +29,9 @@ std::string StepLines(const Step& step) {
 
 std::string TitleLines(const Title& title) {
   std::string lines = "  " + (title.partNumber.empty() ? "(no title)" : title.partNumber);
-  lines += (title.name.empty() ? "" : "  " + title.name) + ": " + SummaryOf(title) + "\n";
+  lines += title.name.empty() ? "" : "  " + title.name;
+  const std::string summary = SummaryOf(title);
+  lines += (summary.empty() ? "" : ": " + summary) + "\n";
   for (const Step& step : title.steps) lines += StepLines(step);
   const std::string id = CauseOf(title);
   if (const refhost::Cause* cause = refhost::FindCause(id)) {

@@ -94,6 +94,9 @@ TEST(Timeline, TheNewestFailureThatWasNotMendedIsTheCause) {
   EXPECT_EQ(CauseAfter(installer + missing), "check.exit-code");
   EXPECT_EQ(CauseAfter(installer + there), "");
   EXPECT_EQ(CauseAfter(ended), "reply.http-404");
+  const Runs query = timeline::Read(
+      Line(1, "", "'script.ended','kind':'check','exitCode':1,'cause':'check.exit-code'"));
+  EXPECT_EQ(timeline::CauseOf(query[0].titles[0]), "");
 }
 
 TEST(Timeline, KeepsRunsApartAndStandsWhateverTheFileHolds) {
@@ -130,7 +133,7 @@ TEST(Report, TheTextNamesCauseAndRemedy) {
                       "    downloaded   2.1 s\n"
                       "      a.cab, attempt 1: busy, HTTP status 503; again after 1.0 s\n"
                       "      a.cab: 2.0 MB in 1.0 s, 2.0 MB/s\n"
-                      "    checked      0.1 s  failed\n"),
+                      "    checked      90 ms  failed\n"),
             std::string::npos)
       << text;
   EXPECT_NE(text.find("    package.publisher: The package is signed"), std::string::npos);
