@@ -78,7 +78,7 @@ for lane in "$@"; do
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
     native) native cloudsim cloudsim_tests e2e_tests ;;
-    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests fuzz_replay ;;
+    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests tolmarctl_tests fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

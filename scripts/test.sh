@@ -110,6 +110,7 @@ suite "agent, thread sanitizer" setarch -R "$BUILD/tsan/bin/agent_unit_tests"
 suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
+suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
 
 echo "Windows lane"
@@ -127,6 +128,7 @@ beyond_wine+=:DownloadAgentTest.StopsAtOnceWhoeverAsksForIt
 [ "$filter" != '*' ] || filter="HttpRequest.*:DownloadAgentTest.*:FileSystem*:Log*-$beyond_wine" \
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
+suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"

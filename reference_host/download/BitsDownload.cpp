@@ -3,6 +3,7 @@
 #include "host/common/Log.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/download/Transfer.h"
 
 namespace refhost {
 
@@ -69,6 +70,7 @@ bool BitsDownload::RunJobs() {
   ZLT::g_log.d(L"DownloadAgent: job %s begins, files: %lu", _order.name.c_str(),
                static_cast<unsigned long>(_order.files.size()));
   const bool success = Transfer();
+  SetCurrentTransfer({});
   _job.reset();
   _files.RemoveParts();
   ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s", _order.name.c_str(),
@@ -240,6 +242,8 @@ bool BitsDownload::IsStopRequested(DWORD waitMs) const {
 bool BitsDownload::ReportProgress() {
   _lastReport = Clock::now();
   const DownloadProgressDetail total = _files.Total();
+  const bool isKnown = total.bytesTotal != BG_SIZE_UNKNOWN;
+  SetCurrentTransfer({total.bytesTransferred, isKnown ? total.bytesTotal : 0});
   // Of nothing, no share can be told.
   return total.bytesTotal == 0 || _callbacks.Progress(_order.name, total, _files.Each());
 }
