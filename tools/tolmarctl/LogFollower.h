@@ -7,7 +7,7 @@
 #include "tools/tolmarctl/Console.h"
 
 /// Copies what this process writes to the logs to standard error, as it is written, from a thread
-/// of its own. A rotation loses nothing.
+/// of its own. A rotation loses nothing, unless a second one follows within a fifth of a second.
 class LogFollower {
  public:
   /// The configuration must have been named before.

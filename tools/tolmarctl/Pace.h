@@ -14,8 +14,6 @@ struct Progress {
   int percent = 0;     ///< of the module that is being fetched or installed
   std::uint64_t bytes = 0;
   std::uint64_t totalBytes = 0;  ///< 0: not known
-
-  bool operator==(const Progress&) const = default;
 };
 
 /// How quickly it is getting on, by what it did in the last seconds. While files are fetched only:

@@ -64,9 +64,9 @@ void ProgressDisplay::Poll() {
 void ProgressDisplay::Show(const Progress& progress) {
   if (_onTerminal) {
     ShowBar(progress);
-  } else if (_asJson && progress != _shown) {
-    PrintJsonLine(ObjectOf(progress, _pace));
-  } else if (!_asJson) {
+  } else if (_asJson) {
+    ShowObject(ObjectOf(progress, _pace));
+  } else {
     ShowLine(progress);
   }
   std::fflush(stdout);
@@ -81,6 +81,12 @@ void ProgressDisplay::ShowBar(const Progress& progress) {
   const std::string wipe(before > now ? before - now : 0, ' ');
   std::printf("\r%s%s", bar.c_str(), wipe.c_str());
   _bar = bar;
+}
+
+void ProgressDisplay::ShowObject(const Json::Value& object) {
+  if (object == _object) return;
+  PrintJsonLine(object);
+  _object = object;
 }
 
 void ProgressDisplay::ShowLine(const Progress& progress) {

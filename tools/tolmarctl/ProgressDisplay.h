@@ -27,6 +27,7 @@ class ProgressDisplay {
   void Poll();
   void Show(const Progress& progress);
   void ShowBar(const Progress& progress);
+  void ShowObject(const Json::Value& object);
   void ShowLine(const Progress& progress);
 
   TolmarAgent& _agent;
@@ -36,7 +37,8 @@ class ProgressDisplay {
   const Console _console;
   Pace _pace;
   Progress _shown;
-  std::string _bar;  ///< as it stands on the terminal
+  std::string _bar;     ///< as it stands on the terminal
+  Json::Value _object;  ///< the newest that was printed
   HANDLE _done;
   std::thread _thread;
 };
