@@ -61,7 +61,7 @@ for lane in "$@"; do
     windows) for_windows ;;
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;
-    delivery) for_windows delivery_bench idle_host scriptrunner labtrust ;;
+    delivery) for_windows delivery_bench idle_host tolmarctl scriptrunner labtrust ;;
     cloudsim | herd) native "$lane" ;;
     load) for_windows load_bench scriptrunner labtrust ;;
     micro) native micro_bench ;;

@@ -107,8 +107,9 @@ TEST(CommandLine, VerboseShowsBothLogsOfThisRunOnly) {
       static_cast<Json::UInt64>(size + 3000);  // Rotated meanwhile.
   const RunResult run = lab.RunForPeople("install --verbose");
   EXPECT_EQ(run.exitStatus, 0);
-  for (const char* line : {"Host suite started", "D TolmarAgent::GetEntitledSoftware: Entry",
-                           "InstallModule: Status is Installed", "exit code 0 after", "is done after"}) {
+  for (const char* line :
+       {"Host suite started", "D TolmarAgent::GetEntitledSoftware: Entry",
+        "InstallModule: Status is Installed", "exit code 0 after", "is done after"}) {
     EXPECT_NE(run.errors.find(line), std::string::npos) << line << run.errors;
   }
   EXPECT_EQ(run.errors.find("Host suite started"), run.errors.rfind("Host suite started"));
