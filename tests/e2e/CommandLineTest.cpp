@@ -4,13 +4,6 @@
 
 #include "tests/e2e/Lab.h"
 
-namespace {
-
-/// As in fixtures.sh: a name whose every sign means something to one shell or another.
-constexpr const char* OddName = "a & b; $(exit 1) %TEMP% it's \u00FC";
-
-}  // namespace
-
 TEST(CommandLine, ListAndFilesPrintTheServicesDocuments) {
   Lab lab({{"alpha"}});
   const RunResult list = lab.Run("list");

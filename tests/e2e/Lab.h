@@ -16,6 +16,9 @@ struct RunResult {
   Json::Value json;  ///< the last line of `output` parsed; null when it is no JSON
 };
 
+/// A name whose every sign means something to one shell or another. As in fixtures.sh.
+inline constexpr const char* OddName = "a & b; $(exit 1) %TEMP% it's \u00FC";
+
 /// One title that the simulator offers. Its package and check script come from fixtures.sh.
 struct Title {
   std::string name;  ///< name of its fixture; part number is "T-" + name

@@ -28,5 +28,6 @@ Console::~Console() {
 std::size_t Console::Columns() {
   CONSOLE_SCREEN_BUFFER_INFO about{};
   if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &about)) return 0;
-  return static_cast<std::size_t>(about.srWindow.Right - about.srWindow.Left + 1);
+  const int columns = about.srWindow.Right - about.srWindow.Left + 1;
+  return static_cast<std::size_t>(columns);
 }

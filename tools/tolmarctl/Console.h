@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <cstddef>
+
 /// The console, while something is shown on it: it takes text for UTF-8, and sequences for colours
 /// where these are wanted. Left as it was found, since the mode is the console's, not this
 /// program's ("SetConsoleMode function", Microsoft). Objects nest.

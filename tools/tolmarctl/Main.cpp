@@ -111,7 +111,7 @@ int main() {
   Options options;
   int exitStatus = 0;
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
-  if (options.quiet) std::freopen("NUL", "w", stdout);
+  if (options.quiet && std::freopen("NUL", "w", stdout) == nullptr) return ExitStatus::Failure;
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
   std::optional<LogFollower> follower;

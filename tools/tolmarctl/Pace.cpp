@@ -13,9 +13,10 @@ constexpr double WindowSeconds = 10;
 constexpr double LeastSeconds = 1;  ///< below it a rate says little
 constexpr int BarWidth = 30;
 
-std::string Formatted(const char* format, double first, double second) {
+template <typename... Values>
+std::string Formatted(const char* format, Values... values) {
   char text[64];
-  std::snprintf(text, sizeof text, format, first, second);
+  std::snprintf(text, sizeof text, format, values...);
   return text;
 }
 
@@ -61,12 +62,12 @@ std::string SizeText(double bytes) {
   std::size_t unit = 0;
   // 999.95 would be shown as 1000.0.
   for (; bytes >= (unit == 0 ? 1000 : 999.95) && unit + 1 < Units.size(); ++unit) bytes /= 1000;
-  return Formatted(unit == 0 ? "%.0f " : "%.1f ", bytes, 0) + Units[unit];
+  return Formatted(unit == 0 ? "%.0f " : "%.1f ", bytes) + Units[unit];
 }
 
 std::string TimeText(double seconds) {
   const double whole = std::ceil(seconds);
-  if (whole < 60) return Formatted("%.0f s", whole, 0);
+  if (whole < 60) return Formatted("%.0f s", whole);
   if (whole < 3600)
     return Formatted("%.0f min %02.0f s", std::floor(whole / 60), std::fmod(whole, 60));
   const double minutes = std::ceil(seconds / 60);
@@ -77,8 +78,8 @@ std::string BarOf(const Progress& progress, const Pace& pace, std::size_t column
   const int percent = std::clamp(progress.percent, 0, 100);
   std::string bar(static_cast<std::size_t>(percent * BarWidth / 100), '#');
   bar.resize(BarWidth, '-');
-  std::string line = Printable(progress.title) + " [" + bar + "] " +
-                     Formatted("%3.0f %% ", percent, 0) + Printable(progress.status);
+  std::string line = Printable(progress.title) + " [" + bar + "] " + Formatted("%3d %% ", percent) +
+                     Printable(progress.status);
   std::string more;
   if (progress.totalBytes > 0) {
     more += "  " + SizeText(static_cast<double>(progress.bytes)) + " of " +
@@ -88,7 +89,7 @@ std::string BarOf(const Progress& progress, const Pace& pace, std::size_t column
   if (const auto left = pace.SecondsLeft()) more += "  " + TimeText(*left) + " left";
   // A line that the terminal breaks could not be drawn over.
   if (DisplayWidth(line + more) <= columns) line += more;
-  return DisplayWidth(line) <= columns ? line : Formatted("%3.0f %%", percent, 0);
+  return DisplayWidth(line) <= columns ? line : Formatted("%3d %%", percent);
 }
 
 Json::Value ObjectOf(const Progress& progress, const Pace& pace) {
