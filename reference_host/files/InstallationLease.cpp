@@ -20,7 +20,10 @@ namespace {
 /// More than a record ever needs: paths have 32,767 characters at most.
 constexpr DWORD MaxRecordBytes = 256 << 10;
 
-std::wstring FileName() { return ProgramDataFolder() + L"\\installation.lease"; }
+/// Where the suite keeps what is the machine's.
+std::wstring SuiteFolder() { return ProgramDataFolder() + L"\\Tolmar"; }
+
+std::wstring FileName() { return SuiteFolder() + L"\\installation.lease"; }
 
 /// The lease, while this process has it.
 struct Held {
@@ -117,8 +120,8 @@ Answer Take(const std::wstring& folder, std::wstring& why) {
   Held& held = TheHeld();
   const std::scoped_lock lock(held.mutex);
   if (held.file) return Answer::Taken;
-  if (const std::wstring refusal = CreateFolder(ProgramDataFolder(), true); !refusal.empty()) {
-    why = ProgramDataFolder() + L" is refused: " + refusal;
+  if (const std::wstring refusal = CreateFolder(SuiteFolder(), true); !refusal.empty()) {
+    why = SuiteFolder() + L" is refused: " + refusal;
     return Answer::Refused;
   }
   Handle file = OpenToHold();

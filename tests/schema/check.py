@@ -98,10 +98,9 @@ def check_configurations(runs):
             complaints.append(f"configuration of {run['arguments']}: {found[:3] or run['errors']}")
 
 
-def shown(default):
-    """A default as docs/operations.md has it."""
-    return str(default) if isinstance(default, int) and not isinstance(default, bool) else \
-        f"`{default}`" if isinstance(default, (str, list)) else json.dumps(default)
+def bare(text):
+    """A default without the signs that JSON and Markdown put around it."""
+    return re.sub(r'[`"\\]', "", text)
 
 
 def check_keys():
@@ -117,9 +116,9 @@ def check_keys():
     for key in rows.keys() ^ entries.keys():
         complaints.append(f"{key}: is not both in docs/operations.md and in the configuration's schema")
     for key, row in rows.items():
-        entry = entries.get(key, {})
-        if row != ("mandatory" if key in schema["required"] else shown(entry.get("default"))):
-            complaints.append(f"{key}: {row} in docs/operations.md, {entry.get('default')} in the schema")
+        default = json.dumps(entries.get(key, {}).get("default", row))
+        if (row == "mandatory") != (key in schema["required"]) or bare(row) != bare(default):
+            complaints.append(f"{key}: {row} in docs/operations.md, {default} in the schema")
     return {key for key, row in rows.items() if row != "mandatory"}
 
 
