@@ -49,7 +49,7 @@ void TellScriptBegins(ScriptKind kind, const std::wstring& commandLine) {
   Event("script.began")
       .With("kind", NameOf(kind))
       .With("script", ScriptIn(commandLine))
-      .With("command", commandLine)
+      .With("commandLine", commandLine)
       .Write();
 }
 

@@ -104,6 +104,10 @@ TEST(Report, NamesEachTitlesCauseAndTheRestartUntilTheNextBoot) {
   EXPECT_EQ(phases, "asked downloaded checked unpacked installed verified ");
 
   EXPECT_TRUE(Contains(lab.RunForPeople("status").output, "restart: required"));
+  RunResult events;
+  events.exitStatus = 0;
+  events.output = lab.LogText("events.jsonl");
+  lab.Keep("events", events);
   lab.Reboot();
   EXPECT_FALSE(lab.Run("status").json.isMember("restart"));
 }
@@ -111,7 +115,7 @@ TEST(Report, NamesEachTitlesCauseAndTheRestartUntilTheNextBoot) {
 TEST(Report, APageShowsItInABrowserAndABundleHoldsItWithoutSecrets) {
   Lab lab({{"stranger"}, {"alpha"}});
   lab.Configuration()["apiKey"] = "key-of-somebody";
-  const std::string people = lab.RunForPeople("install").output;
+  const std::string people = lab.RunForPeople("install").errors;
   EXPECT_TRUE(Contains(people, "package.signature")) << people;
   ASSERT_EQ(lab.Run("report --html C:/lab/report.html").exitStatus, 0);
   const RunResult again = lab.Run("report --html C:/lab/report.html");

@@ -10,8 +10,10 @@
 #include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetWriter.h"
 #include "tools/tolmarctl/ExitStatus.h"
+#include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/Report.h"
 #include "tools/tolmarctl/ReportCommand.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
 
@@ -37,14 +39,25 @@ Sources Collect() {
   return sources;
 }
 
+void Print(const Options& options, const Sources& sources) {
+  Table table({"FILE", "BYTES"});
+  Json::Value root;
+  root["command"] = options.command;
+  for (const refhost::CabinetSource& source : sources) {
+    Json::Value& file = root["files"].append(Json::objectValue);
+    file["name"] = source.name;
+    file["size"] = Json::UInt64{source.bytes.size()};
+    table.Add({{source.name}, {file["size"].asString(), Cell::Look::Plain, true}});
+  }
+  options.json ? PrintJsonLine(root) : PrintLines(table.Text(false));
+}
+
 }  // namespace
 
 int Bundle(const Options& options) try {
   const Sources sources = Collect();
   if (!WriteNewFile(options.file, refhost::MakeCabinet(sources))) return ExitStatus::Usage;
-  for (const refhost::CabinetSource& source : sources) {
-    std::printf("  %-24s %10zu bytes\n", source.name.c_str(), source.bytes.size());
-  }
+  Print(options, sources);
   return ExitStatus::Success;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "tolmarctl: bundle: %s\n", error.what());

@@ -82,13 +82,14 @@ std::string ExplanationOf(unsigned long code) {
 std::string ExplanationOf(const Json::Value& title) {
   const Cause* cause = refhost::FindCause(TextIn(title, "cause"));
   if (cause == nullptr) return {};
-  constexpr const char* Indentation = "      ";
-  std::string lines = Indentation + std::string(cause->id) + ": " + cause->happened + "\n";
+  constexpr const char* Indentation = "  ";
+  std::string lines =
+      TextIn(title, "l1FruPn") + ": " + std::string(cause->id) + ": " + cause->happened + "\n";
   const std::string why = TextIn(title, "why");
   if (!why.empty()) lines += Indentation + why + "\n";
   lines += Indentation + std::string("do: ") + cause->remedy + "\n";
   std::istringstream output(TextIn(title, "installerOutput"));
-  for (std::string line; std::getline(output, line);) lines += "      | " + line + "\n";
+  for (std::string line; std::getline(output, line);) lines += "  | " + line + "\n";
   return lines;
 }
 

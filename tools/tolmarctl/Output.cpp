@@ -1,31 +1,17 @@
 #include "tools/tolmarctl/Output.h"
 
 #include <json/writer.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
 #include "reference_host/process/Restart.h"
+#include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
-
-/// A console shows its own code page unless it is told that text is UTF-8; it is left as it was.
-class Utf8Console {
- public:
-  Utf8Console() { SetConsoleOutputCP(CP_UTF8); }
-  ~Utf8Console() {
-    std::fflush(stdout);
-    SetConsoleOutputCP(_before);
-  }
-  Utf8Console(const Utf8Console&) = delete;
-  Utf8Console& operator=(const Utf8Console&) = delete;
-
- private:
-  const UINT _before = GetConsoleOutputCP();
-};
 
 /// Beyond ASCII everything is escaped: a reader need not know what a console or a pipe makes of it.
 std::string OnOneLine(const Json::Value& value) {
@@ -79,44 +65,71 @@ void PrintJson(const Options& options, const Outcome& outcome) {
   PrintJsonLine(root);
 }
 
-void PrintTitle(const Json::Value& title) {
-  if (!IsTitle(title)) {
-    std::printf("  (no title: %s)\n", OnOneLine(title).c_str());
-    return;
-  }
-  std::printf("  %-16s %-24s %s%s\n", title["l1FruPn"].asCString(),
-              title.get("name", "").asString().c_str(), title.get("status", "").asString().c_str(),
-              title["preinstallSw"].asBool() ? "  (pre-install)" : "");
-  std::fputs(ExplanationOf(title).c_str(), stdout);
+Cell StatusCell(const std::string& status) {
+  const bool isGood = status == "installed";
+  const bool isBad = status == "not installed";
+  return {status, isGood ? Cell::Look::Good : isBad ? Cell::Look::Bad : Cell::Look::Plain};
 }
 
-void PrintFile(const Json::Value& file) {
-  if (!IsFile(file)) {
-    std::printf("  (no file: %s)\n", OnOneLine(file).c_str());
-    return;
+/// Entries of another shape than agreed have no row: they are shown as they are.
+Table TitlesIn(const Json::Value& list) {
+  Table table({"TITLE", "NAME", "STATUS", "FOR"});
+  for (const Json::Value& title : list) {
+    if (!IsTitle(title)) continue;
+    table.Add({{title["l1FruPn"].asString()},
+               {title["name"].asString()},
+               StatusCell(title["status"].asString()),
+               {title["preinstallSw"].asBool() ? "pre-install" : ""}});
   }
-  std::printf("  %-32s %10d bytes  crc %s\n", file["name"].asCString(), file["size"].asInt(),
-              file["crc"].asString().c_str());
+  return table;
+}
+
+Table FilesIn(const Json::Value& list) {
+  Table table({"FILE", "BYTES", "CRC"});
+  for (const Json::Value& file : list) {
+    if (!IsFile(file)) continue;
+    table.Add({{file["name"].asString()},
+               {file["size"].asString(), Cell::Look::Plain, true},
+               {file["crc"].asString()}});
+  }
+  return table;
+}
+
+void PrintList(const Json::Value& list, bool (*isSo)(const Json::Value&), const Table& table) {
+  const Console console;
+  if (!table.IsEmpty()) std::fputs(table.Text(console.HasColour()).c_str(), stdout);
+  for (const Json::Value& entry : list) {
+    if (!isSo(entry)) std::printf("(not as agreed: %s)\n", OnOneLine(entry).c_str());
+  }
 }
 
 void PrintText(const Options& options, const Outcome& outcome) {
-  const Utf8Console console;
   if (options.command == "entitled" && outcome.code == 0) {
     std::puts(outcome.hasEntitlement ? "entitled" : "not entitled");
   }
-  for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
-  for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
-  if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
+  const Json::Value& titles = ListOf(outcome.result, "swList");
+  const Json::Value& files = ListOf(outcome.result, "fileList");
+  PrintList(titles, IsTitle, TitlesIn(titles));
+  PrintList(files, IsFile, FilesIn(files));
   if (const std::string restart = WantedRestart(options); !restart.empty()) {
     std::printf("restart: %s\n", restart.c_str());
   }
-  std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
-  if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);
+  std::fflush(stdout);
+  for (const Json::Value& title : titles) std::fputs(ExplanationOf(title).c_str(), stderr);
+  if (!outcome.isDone) {
+    std::fputs("tolmarctl: configure: gave up before pre-install was done\n", stderr);
+  }
+  if (outcome.code == 0) return;
+  std::fprintf(stderr, "tolmarctl: %s: code %lu\n%s", options.command.c_str(), outcome.code,
+               ExplanationOf(outcome.code).c_str());
 }
 
 }  // namespace
 
-void PrintJsonLine(const Json::Value& document) { std::puts(OnOneLine(document).c_str()); }
+void PrintJsonLine(const Json::Value& document) {
+  std::puts(OnOneLine(document).c_str());
+  std::fflush(stdout);
+}
 
 std::string TextIn(const Json::Value& object, const char* name) {
   const bool isText = object.isObject() && object[name].isString();
@@ -124,7 +137,7 @@ std::string TextIn(const Json::Value& object, const char* name) {
 }
 
 void PrintLines(const std::string& lines) {
-  const Utf8Console console;
+  const Console console;
   std::fputs(lines.c_str(), stdout);
 }
 

@@ -2,27 +2,25 @@
 
 #include <json/reader.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <sstream>
+
+#include "tools/tolmarctl/Table.h"
 
 namespace timeline {
 
 namespace {
 
-/// A terminal acts upon control characters; of those beyond ASCII UTF-8 has C2 80 to C2 9F.
+/// Lines of printable text.
 std::string Plain(const std::string& text) {
   std::string plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto c = static_cast<unsigned char>(text[i]);
-    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0xFFu;
-    if (c == 0xC2 && next < 0xA0) {
-      ++i;
-      plain += '?';
-    } else if (c == '\t') {
-      plain += ' ';
-    } else if (c != '\r') {
-      plain += (c < 0x20 && c != '\n') || c == 0x7F ? '?' : text[i];
-    }
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    std::replace(line.begin(), line.end(), '\t', ' ');
+    plain += (plain.empty() ? "" : "\n") + Printable(line);
   }
   return plain;
 }

@@ -46,16 +46,15 @@ std::vector<timeline::Run> ReadRuns(const std::string& onlyRun) {
 
 int Report(const Options& options) {
   const std::vector<timeline::Run> runs = ReadRuns();
-  if (!options.file.empty()) {
-    return WriteNewFile(options.file, timeline::AsPage(runs)) ? ExitStatus::Success
-                                                              : ExitStatus::Usage;
+  if (!options.file.empty() && !WriteNewFile(options.file, timeline::AsPage(runs))) {
+    return ExitStatus::Usage;
   }
   if (options.json) {
     Json::Value root;
     root["command"] = options.command;
     root["runs"] = timeline::AsJson(runs);
     PrintJsonLine(root);
-  } else {
+  } else if (options.file.empty()) {
     PrintLines(timeline::AsText(runs));
   }
   return ExitStatus::Success;

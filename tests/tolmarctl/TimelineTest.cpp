@@ -72,7 +72,7 @@ TEST(Timeline, PutsATitlesStepsTogether) {
   }
   EXPECT_EQ(timeline::SummaryOf(title), "not installed, code 48, after 3.2 s, 1 retry");
   EXPECT_EQ(timeline::CauseOf(title), "package.publisher");
-  EXPECT_EQ(title.why, "a.cab: signed by \"Lab\", refused: ?[31mnot trusted");
+  EXPECT_EQ(title.why, "a.cab: signed by \"Lab\", refused: \uFFFD[31mnot trusted");
   EXPECT_EQ(timeline::SummaryOf(runs[0].titles[1]), "not ended");
   EXPECT_FALSE(runs[0].titles[1].steps.back().length);
 }
