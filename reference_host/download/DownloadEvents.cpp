@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "host/common/FileSystem.h"
-#include "reference_host/base/Patience.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/http/SystemError.h"
 
@@ -27,6 +26,9 @@ const char* CauseOfCode(HRESULT code) {
       return "download.network";
     case TooLongAName:
       return "download.address";
+    case HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION):
+    case HRESULT_FROM_WIN32(ERROR_LOCK_VIOLATION):
+      return "device.file-in-use";
     default:
       return nullptr;
   }
@@ -39,7 +41,7 @@ const char* CauseOf(const BitsFailure& failure) {
   if (const char* cause = CauseOfCode(failure.code)) return cause;
   switch (failure.context) {
     case BG_ERROR_CONTEXT_LOCAL_FILE:
-      return IsFileInUse(failure.code) ? "device.file-in-use" : "device.folder";
+      return "device.folder";
     case BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER:
       return "download.service";
     case BG_ERROR_CONTEXT_REMOTE_FILE:

@@ -272,9 +272,17 @@ std::string Lab::EntitledValue() const {
   return at == std::string::npos ? "" : output.substr(at, 3);
 }
 
-std::string StatusOf(const RunResult& run, const std::string& title) {
+const Json::Value& TitleOf(const RunResult& run, const std::string& title) {
   for (const Json::Value& entry : run.json["result"]["swList"]) {
-    if (entry["l1FruPn"].asString() == "T-" + title) return entry["status"].asString();
+    if (entry["l1FruPn"].asString() == "T-" + title) return entry;
   }
-  return {};
+  return Json::Value::nullSingleton();
+}
+
+std::string StatusOf(const RunResult& run, const std::string& title) {
+  return TitleOf(run, title)["status"].asString();
+}
+
+std::string CauseOf(const RunResult& run, const std::string& title) {
+  return TitleOf(run, title)["cause"].asString();
 }

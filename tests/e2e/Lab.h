@@ -88,5 +88,9 @@ class Lab {
   int _port = 0;
 };
 
-/// @return status of a title in a document with "swList", empty when it has none.
+/// @return a title in a document with "swList", null when it has none.
+const Json::Value& TitleOf(const RunResult& run, const std::string& title);
+
+/// @return what a title says of itself there, empty when nothing.
 std::string StatusOf(const RunResult& run, const std::string& title);
+std::string CauseOf(const RunResult& run, const std::string& title);

@@ -11,14 +11,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const Json::Value& TitleOf(const RunResult& run, const std::string& name) {
-  static const Json::Value none;
-  for (const Json::Value& title : run.json["result"]["swList"]) {
-    if (title["l1FruPn"].asString() == "T-" + name) return title;
-  }
-  return none;
-}
-
 std::string ReadFile(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -86,7 +78,7 @@ TEST(Report, NamesEachTitlesCauseAndTheRestartUntilTheNextBoot) {
   for (const auto& row : rows) {
     const Json::Value& title = TitleOf(run, row.name);
     EXPECT_EQ(title["code"].asUInt(), row.code) << row.name;
-    EXPECT_EQ(title["cause"].asString(), row.cause) << row.name;
+    EXPECT_EQ(CauseOf(run, row.name), row.cause) << row.name;
     EXPECT_TRUE(Contains(title["why"].asString(), row.why)) << row.name << title.toStyledString();
     EXPECT_EQ(title["installerOutput"].asString(), row.output) << row.name;
   }

@@ -20,7 +20,8 @@ std::string Plain(const std::string& text) {
   for (std::string line; std::getline(stream, line);) {
     if (line.ends_with('\r')) line.pop_back();
     std::replace(line.begin(), line.end(), '\t', ' ');
-    plain += (plain.empty() ? "" : "\n") + Printable(line);
+    if (!plain.empty()) plain += '\n';
+    plain += Printable(line);
   }
   return plain;
 }
