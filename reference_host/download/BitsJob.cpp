@@ -3,6 +3,9 @@
 #include <bits2_0.h>
 #include <bits2_5.h>
 
+#include <functional>
+
+#include "reference_host/files/PathBelow.h"
 #include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
@@ -52,6 +55,32 @@ std::wstring LocalNameOf(IBackgroundCopyFile& file) {
   return name.Text();
 }
 
+/// @return where the job's first file goes, empty when it has none.
+std::wstring FirstLocalNameOf(IBackgroundCopyJob& job) {
+  ComPtr<IEnumBackgroundCopyFiles> files;
+  if (FAILED(job.EnumFiles(&files))) return {};
+  AllowImpersonation(files);
+  ComPtr<IBackgroundCopyFile> file;
+  if (files->Next(1, &file, nullptr) != S_OK) return {};
+  AllowImpersonation(file);
+  return LocalNameOf(*file.Get());
+}
+
+/// Calls `act` with each job of this user. @return S_OK or BITS's error.
+HRESULT ForEach(const BitsJob::Manager& manager,
+                const std::function<void(const ComPtr<IBackgroundCopyJob>&)>& act) {
+  ComPtr<IEnumBackgroundCopyJobs> jobs;
+  const HRESULT result = manager->EnumJobs(0, &jobs);
+  if (FAILED(result)) return result;
+  AllowImpersonation(jobs);
+  ComPtr<IBackgroundCopyJob> job;
+  while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
+    AllowImpersonation(job);
+    act(job);
+  }
+  return S_OK;
+}
+
 void Cancel(const ComPtr<IBackgroundCopyJob>& job) {
   if (wine::IsInForce()) {
     wine::CancelAside(job);
@@ -73,14 +102,16 @@ HRESULT BitsJob::Connect(Manager& manager) {
 }
 
 HRESULT BitsJob::CancelAll(const Manager& manager, const std::wstring& name) {
-  ComPtr<IEnumBackgroundCopyJobs> jobs;
-  const HRESULT result = manager->EnumJobs(0, &jobs);
-  if (FAILED(result)) return result;
-  ComPtr<IBackgroundCopyJob> job;
-  while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
+  return ForEach(manager, [&name](const ComPtr<IBackgroundCopyJob>& job) {
     if (NameOf(*job.Get()) == name) Cancel(job);
-  }
-  return S_OK;
+  });
+}
+
+HRESULT BitsJob::CountInto(const Manager& manager, const std::wstring& folder,
+                           unsigned long& count) {
+  return ForEach(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
+    if (IsBelow(FirstLocalNameOf(*job.Get()), folder)) ++count;
+  });
 }
 
 std::unique_ptr<BitsJob> BitsJob::Make(const Manager& manager, const BitsOrder& order,

@@ -51,6 +51,11 @@ class BitsJob {
   /// @return S_OK or BITS's error.
   static HRESULT CancelAll(const Manager& manager, const std::wstring& name);
 
+  /// Counts this user's jobs that fetch into a folder or below it.
+  /// @param count out. @return S_OK or BITS's error.
+  static HRESULT CountInto(const Manager& manager, const std::wstring& folder,
+                           unsigned long& count);
+
   /// Makes a job; `Resume` sets it going.
   /// @param result out, S_OK or BITS's error. @return null on failure; nothing is left then.
   static std::unique_ptr<BitsJob> Make(const Manager& manager, const BitsOrder& order,

@@ -148,6 +148,21 @@ std::optional<std::uint64_t> HttpExchange::AnnouncedLength() const {
   return length;
 }
 
+std::optional<std::int64_t> HttpExchange::Date() const {
+  constexpr std::int64_t TicksPerSecond = 10'000'000;
+  constexpr std::int64_t SecondsFrom1601To1970 = 11'644'473'600;
+  SYSTEMTIME date{};
+  DWORD size = sizeof date;
+  FILETIME ticks{};
+  if (!WinHttpQueryHeaders(_request.get(), WINHTTP_QUERY_DATE | WINHTTP_QUERY_FLAG_SYSTEMTIME,
+                           WINHTTP_HEADER_NAME_BY_INDEX, &date, &size, WINHTTP_NO_HEADER_INDEX) ||
+      !SystemTimeToFileTime(&date, &ticks)) {
+    return std::nullopt;
+  }
+  const std::int64_t all = std::int64_t{ticks.dwHighDateTime} << 32 | ticks.dwLowDateTime;
+  return all / TicksPerSecond - SecondsFrom1601To1970;
+}
+
 unsigned long HttpExchange::ReadBody(const HttpLimits& limits, const Sink& sink) const {
   const auto begin = std::chrono::steady_clock::now();
   const std::optional<std::uint64_t> announced = AnnouncedLength();

@@ -55,6 +55,9 @@ class HttpExchange {
   /// @return the announced length of the body; nothing when none was announced.
   std::optional<std::uint64_t> AnnouncedLength() const;
 
+  /// @return the server's time, in seconds since 1970-01-01 00:00 UTC; nothing when it told none.
+  std::optional<std::int64_t> Date() const;
+
   /// Receives the body. One that ends before its announced length is an error (12030, the
   /// connection broke), as is one over the limits (12184 too long, 12002 too slow).
   unsigned long ReadBody(const HttpLimits& limits, const Sink& sink) const;

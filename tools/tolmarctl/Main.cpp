@@ -13,6 +13,7 @@
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
 #include "tools/tolmarctl/CancelWatch.h"
+#include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Output.h"
@@ -28,11 +29,12 @@ std::vector<std::string> Arguments() {
   return arguments;
 }
 
-bool StartHost(const Options& options) {
-  if (!options.config.empty()) {
-    SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG",
-                            ZLT::String::UTF8ToUTF16(options.config).c_str());
-  }
+void NameConfiguration(const Options& options) {
+  if (options.config.empty()) return;
+  SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG", ZLT::String::UTF8ToUTF16(options.config).c_str());
+}
+
+bool StartHost() {
   std::wstring error;
   if (refhost::Start(error)) return true;
   std::fprintf(stderr, "tolmarctl: %s\n", ZLT::String::UTF16ToUTF8(error).c_str());
@@ -105,7 +107,9 @@ int main() {
   int exitStatus = 0;
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
   if (options.command == "explain") return Explain(options);
-  if (!StartHost(options)) return ExitStatus::Usage;
+  NameConfiguration(options);
+  if (options.command == "doctor") return Doctor(options);
+  if (!StartHost()) return ExitStatus::Usage;
   CancelWatch watch(options.timeoutSeconds);
   const Outcome outcome = RunWithAgent(options, watch);
   const int status = StatusOf(options, outcome, watch.Why());

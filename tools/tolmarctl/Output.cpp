@@ -1,30 +1,16 @@
 #include "tools/tolmarctl/Output.h"
 
 #include <json/writer.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
 #include "tools/tolmarctl/Explain.h"
+#include "tools/tolmarctl/Plan.h"
+#include "tools/tolmarctl/Utf8Console.h"
 
 namespace {
-
-/// A console shows its own code page unless it is told that text is UTF-8; it is left as it was.
-class Utf8Console {
- public:
-  Utf8Console() { SetConsoleOutputCP(CP_UTF8); }
-  ~Utf8Console() {
-    std::fflush(stdout);
-    SetConsoleOutputCP(_before);
-  }
-  Utf8Console(const Utf8Console&) = delete;
-  Utf8Console& operator=(const Utf8Console&) = delete;
-
- private:
-  const UINT _before = GetConsoleOutputCP();
-};
 
 /// Beyond ASCII everything is escaped: a reader need not know what a console or a pipe makes of it.
 std::string OnOneLine(const Json::Value& value) {
@@ -94,6 +80,7 @@ void PrintText(const Options& options, const Outcome& outcome) {
   }
   for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
   for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
+  if (options.command == "plan") PrintPlan(outcome.result);
   if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
   std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
   if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);

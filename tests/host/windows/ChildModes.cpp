@@ -15,6 +15,7 @@
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
 #include "reference_host/Startup.h"
+#include "reference_host/doctor/Doctor.h"
 
 namespace {
 
@@ -92,6 +93,15 @@ int HoldLease(const std::string& name, const char* url) {
   return WaitForEvent(name.c_str());
 }
 
+/// Prints what the doctor finds, a line a check: identifier, number of the verdict, text.
+int RunDoctor(int patienceMs) {
+  for (const refhost::Finding& finding : refhost::Examine(std::chrono::milliseconds(patienceMs))) {
+    std::printf("%s %d %s\n", finding.id.c_str(), static_cast<int>(finding.health),
+                finding.found.c_str());
+  }
+  return 0;
+}
+
 /// @return 0 when standard input is at its end at once.
 int ReadInput() { return std::getchar() == EOF ? 0 : 7; }
 
@@ -119,6 +129,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   const std::string mode = count > 1 ? arguments[1] : "";
   const char* first = count > 2 ? arguments[2] : "";
   if (mode == "--start") return StartSuite();
+  if (mode == "--doctor") return RunDoctor(std::atoi(first));
   if (mode == "--lease" && count > 3) return HoldLease(first, arguments[3]);
   if (mode == "--append" && count > 3) return AppendRecords(first, arguments[3]);
   if (mode == "--exit") return std::atoi(first);

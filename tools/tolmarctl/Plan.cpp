@@ -1,0 +1,178 @@
+#include "tools/tolmarctl/Plan.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+
+#include "agent/ResultCodes.h"
+#include "agent/TolmarAgent.h"
+#include "host/common/FileSystem.h"
+#include "host/common/Text.h"
+#include "host/common/Utility.h"
+#include "reference_host/download/DownloadAgentOrder.h"
+#include "reference_host/files/FolderInspection.h"
+#include "reference_host/files/InstallationLease.h"
+
+namespace {
+
+using ZLT::String;
+
+std::wstring LocalPath(const Json::Value& file) {
+  return ZLT::utility::GetZltKivDownloadPath() + L"\\" +
+         String::UTF8ToUTF16(file["name"].asString());
+}
+
+std::wstring AddressOf(const Json::Value& file) {
+  return String::UTF8ToUTF16(file["downloadUrl"].asString());
+}
+
+std::map<std::wstring, std::wstring> RefusalsOf(const Json::Value& files) {
+  DownloadAgent::FileMap order;
+  for (const Json::Value& file : files) order[AddressOf(file)] = LocalPath(file);
+  return refhost::RefusalsOfFiles(order, ZLT::utility::GetZltKivDownloadPath());
+}
+
+/// Adds up what is told of one installation after the other.
+class Planner {
+ public:
+  Planner(TolmarAgent& agent, HANDLE cancel) : _agent(agent), _cancel(cancel) {}
+
+  /// @throws Json::Exception when the service's list has another shape than agreed.
+  void Add(const Json::Value& title) {
+    Json::Value planned;
+    planned["l1FruPn"] = title["l1FruPn"].asString();
+    planned["name"] = title["name"].asString();
+    planned["preinstallSw"] = title["preinstallSw"].asBool();
+    planned["status"] = title.get("status", "not asked").asString();
+    planned["modules"] = Json::arrayValue;
+    _titleBytes = 0;
+    for (const Json::Value& module : title["moduleList"]) {
+      if (WaitForSingleObject(_cancel, 0) != WAIT_TIMEOUT) break;
+      planned["modules"].append(PlanModule(planned["l1FruPn"].asString(), module));
+    }
+    planned["bytesToFetch"] = Json::Int64{_titleBytes};
+    _bytes += _titleBytes;
+    _largestTitle = std::max(_largestTitle, _titleBytes);
+    _isFirst = false;
+    _titles.append(std::move(planned));
+  }
+
+  unsigned long Code() const { return _code; }
+
+  Json::Value Document() const {
+    Json::Value plan;
+    plan["titles"] = _titles;
+    plan["bytesToFetch"] = Json::Int64{_bytes};
+    plan["bytesNeeded"] = Json::Int64{2 * _largestTitle};
+    plan["refusals"] = _refusals;
+    const auto bytes = refhost::FreeBytesFor(ZLT::utility::GetZltKivDownloadPath()).value_or(0);
+    plan["bytesFree"] = Json::UInt64{bytes};
+    plan["isEnough"] = bytes >= static_cast<std::uint64_t>(2 * _largestTitle);
+    const auto holder = refhost::InstallationLease::Holder();
+    if (holder)
+      plan["lease"] = String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder));
+    return plan;
+  }
+
+ private:
+  Json::Value PlanModule(const std::string& title, const Json::Value& module) {
+    Json::Value planned;
+    planned["moduleFruPn"] = module["moduleFruPn"].asString();
+    planned["files"] = Json::arrayValue;
+    Json::Value reply;
+    const unsigned long code = _agent.GetDownloadFiles(
+        reply, String::UTF8ToUTF16(title), String::UTF8ToUTF16(module["moduleFruPn"].asString()));
+    planned["code"] = Json::UInt{code};
+    if (code != 0) {
+      _code = code;
+      return planned;
+    }
+    const auto refusals = RefusalsOf(reply["fileList"]);
+    for (const Json::Value& file : reply["fileList"]) {
+      planned["files"].append(PlanFile(file, refusals));
+    }
+    return planned;
+  }
+
+  /// The download folder is deleted after each title: what lies in it spares the first one's
+  /// fetching only.
+  Json::Value PlanFile(const Json::Value& file,
+                       const std::map<std::wstring, std::wstring>& refusals) {
+    Json::Value planned;
+    planned["name"] = file["name"].asString();
+    planned["size"] = file["size"].asInt();  // As the agent takes it.
+    planned["isThere"] = _isFirst && FileSystem::fileExists(LocalPath(file));
+    if (!planned["isThere"].asBool()) _titleBytes += planned["size"].asInt();
+    const auto refusal = refusals.find(AddressOf(file));
+    if (refusal == refusals.end()) return planned;
+    planned["refusal"] = String::UTF16ToUTF8(refusal->second);
+    ++_refusals;
+    return planned;
+  }
+
+  TolmarAgent& _agent;
+  HANDLE _cancel;
+  unsigned long _code = 0;
+  Json::Value _titles{Json::arrayValue};
+  bool _isFirst = true;
+  std::int64_t _titleBytes = 0;
+  std::int64_t _bytes = 0;
+  std::int64_t _largestTitle = 0;
+  int _refusals = 0;
+};
+
+void PrintFile(const Json::Value& file) {
+  std::printf("    %-30s %10d bytes%s\n", file["name"].asCString(), file["size"].asInt(),
+              file["isThere"].asBool() ? ", there already" : "");
+  if (file.isMember("refusal")) std::printf("      ! %s\n", file["refusal"].asCString());
+}
+
+void PrintTitle(const Json::Value& title) {
+  std::printf("  %-16s %-24s %s%s, %lld bytes\n", title["l1FruPn"].asCString(),
+              title["name"].asCString(), title["status"].asCString(),
+              title["preinstallSw"].asBool() ? " (pre-install)" : "",
+              static_cast<long long>(title["bytesToFetch"].asInt64()));
+  for (const Json::Value& module : title["modules"]) {
+    const unsigned int code = module["code"].asUInt();
+    std::printf(
+        "   %s%s\n", module["moduleFruPn"].asCString(),
+        code == 0 ? "" : (": its files are not to be had, code " + std::to_string(code)).c_str());
+    for (const Json::Value& file : module["files"]) PrintFile(file);
+  }
+}
+
+}  // namespace
+
+Outcome Plan(TolmarAgent& agent, const Options& options, HANDLE cancel) {
+  Outcome outcome;
+  Json::Value list;
+  outcome.code = agent.GetEntitledSoftware(list);
+  if (outcome.code == 0 && options.asksChecks) {
+    outcome.code = agent.GetEntitledSoftwareStatus(list, cancel, false);
+  }
+  if (outcome.code != 0) return outcome;
+  Planner planner(agent, cancel);
+  try {
+    for (const Json::Value& title : list["swList"]) planner.Add(title);
+    outcome.code = planner.Code();
+  } catch (const Json::Exception&) {
+    outcome.code = ResultCode::BadDocument;
+  }
+  outcome.result = planner.Document();
+  return outcome;
+}
+
+void PrintPlan(const Json::Value& plan) {
+  if (plan.isNull()) return;
+  for (const Json::Value& title : plan["titles"]) PrintTitle(title);
+  std::printf("to fetch: %lld bytes, refused files: %d\n",
+              static_cast<long long>(plan["bytesToFetch"].asInt64()), plan["refusals"].asInt());
+  std::printf("room: %lld bytes needed at the least, %llu free: %s\n",
+              static_cast<long long>(plan["bytesNeeded"].asInt64()),
+              static_cast<unsigned long long>(plan["bytesFree"].asUInt64()),
+              plan["isEnough"].asBool() ? "enough" : "NOT ENOUGH");
+  std::printf("lease: %s\n",
+              plan.isMember("lease") ? plan["lease"].asCString() : "nobody installs");
+}
