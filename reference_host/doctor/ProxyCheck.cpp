@@ -34,7 +34,7 @@ std::wstring ProxyOfUser() {
 std::wstring ProxyOfMachine() {
   WINHTTP_PROXY_INFO machine{};
   if (!WinHttpGetDefaultProxyConfiguration(&machine)) return {};
-  const std::wstring proxy = Taken(machine.lpszProxy);
+  std::wstring proxy = Taken(machine.lpszProxy);
   Taken(machine.lpszProxyBypass);
   return proxy;
 }

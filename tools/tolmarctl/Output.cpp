@@ -81,7 +81,7 @@ void PrintText(const Options& options, const Outcome& outcome) {
   for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
   for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
   if (options.command == "plan") PrintPlan(outcome.result);
-  if (!outcome.isDone) std::puts("configure: gave up before pre-install was done");
+  if (!outcome.isDone) std::printf("%s: gave up before all was done\n", options.command.c_str());
   std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
   if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);
 }

@@ -34,7 +34,7 @@ std::map<std::wstring, std::wstring> RefusalsOf(const Json::Value& files) {
   return refhost::RefusalsOfFiles(order, ZLT::utility::GetZltKivDownloadPath());
 }
 
-/// Adds up what is told of one installation after the other.
+/// Asks for the files of one title after the other, and adds up what they come to.
 class Planner {
  public:
   Planner(TolmarAgent& agent, HANDLE cancel) : _agent(agent), _cancel(cancel) {}
@@ -48,18 +48,24 @@ class Planner {
     planned["status"] = title.get("status", "not asked").asString();
     planned["modules"] = Json::arrayValue;
     _titleBytes = 0;
+    bool isWhole = true;
     for (const Json::Value& module : title["moduleList"]) {
-      if (WaitForSingleObject(_cancel, 0) != WAIT_TIMEOUT) break;
-      planned["modules"].append(PlanModule(planned["l1FruPn"].asString(), module));
+      if (IsCancelled()) break;
+      const Json::Value& added =
+          planned["modules"].append(PlanModule(planned["l1FruPn"].asString(), module));
+      isWhole = isWhole && added["code"].asUInt() == 0;
     }
+    if (!isWhole) _titleBytes = 0;  // An installation leaves such a title out.
     planned["bytesToFetch"] = Json::Int64{_titleBytes};
     _bytes += _titleBytes;
     _largestTitle = std::max(_largestTitle, _titleBytes);
-    _isFirst = false;
+    _isFirst = _isFirst && !isWhole;
     _titles.append(std::move(planned));
   }
 
   unsigned long Code() const { return _code; }
+
+  bool IsCancelled() const { return WaitForSingleObject(_cancel, 0) != WAIT_TIMEOUT; }
 
   Json::Value Document() const {
     Json::Value plan;
@@ -160,6 +166,7 @@ Outcome Plan(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   } catch (const Json::Exception&) {
     outcome.code = ResultCode::BadDocument;
   }
+  outcome.isDone = !planner.IsCancelled();
   outcome.result = planner.Document();
   return outcome;
 }
