@@ -1,16 +1,14 @@
 #include <json/value.h>
 #include <windows.h>
 
-#include <algorithm>
-#include <atomic>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "agent/TolmarAgent.h"
-#include "bench/common/OwnProcess.h"
 #include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
+#include "bench/delivery/QueryWatch.h"
 #include "bench/delivery/Titles.h"
 #include "host/common/FileSystem.h"
 #include "host/common/ProcessWrap.h"
@@ -19,32 +17,6 @@
 #include "install/ScriptCommand.h"
 
 namespace {
-
-constexpr DWORD WatchMs = 50;
-
-/// Looks now and then how many threads this process has.
-class ThreadWatch {
- public:
-  ThreadWatch()
-      : _thread([this] {
-          while (!_ended) {
-            _most = std::max(_most, OwnProcess::ThreadCount());
-            Sleep(WatchMs);
-          }
-        }) {}
-
-  /// @return the most that was seen, without the watching one.
-  int End() {
-    _ended = true;
-    _thread.join();
-    return _most - 1;
-  }
-
- private:
-  std::atomic<bool> _ended = false;
-  int _most = 0;
-  std::thread _thread;
-};
 
 void RunCheck(const std::wstring& folder, int number) {
   const std::wstring script =
@@ -81,9 +53,12 @@ void MeasureInstalledState(const Order& order) {
   const HANDLE cancel = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   TolmarAgent::GetInstance();
   AskAgent(order, cancel);  // leaves the scripts in their place
-  ThreadWatch watch;
+  QueryWatch watch;
   Compare(
       order.rounds, [&] { return AskAgent(order, cancel); },
       [&] { return RunChecksAtOnce(order.titles); });
-  PrintSample("threads", watch.End());
+  const QueryWatch::Most most = watch.End();
+  PrintSample("threads", most.threads);
+  PrintSample("scripts", most.scripts);
+  PrintSample("script-memory", most.scriptMemory);
 }

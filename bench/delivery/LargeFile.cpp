@@ -58,11 +58,12 @@ void FetchByEngine(const Place& place) {
       {L"Engine", StraightLine::Headers(), BG_JOB_PRIORITY_HIGH, {{place.url, place.path}}},
       result);
   Require(job && job->Resume());
-  for (BG_JOB_STATE state{}; state != BG_JOB_STATE_TRANSFERRED; state = job->State()) {
-    Require(state != BG_JOB_STATE_ERROR && state != BG_JOB_STATE_CANCELLED);
+  for (BG_JOB_STATE state{}; state != BG_JOB_STATE_TRANSFERRED;) {
     Sleep(PollMs);
+    Require(SUCCEEDED(job->State(state)) && state != BG_JOB_STATE_ERROR &&
+            state != BG_JOB_STATE_CANCELLED);
   }
-  job->Complete();
+  Require(SUCCEEDED(job->Complete()));
 }
 
 /// The service keeps the callbacks that it got first: those of the agent, once that has installed

@@ -37,6 +37,9 @@ measure_status() {
   row "installed state of 64 titles" ms "≤ 1.1" "$SAMPLES"
   anew delivery_bench status --rounds "$ROUNDS" --titles 64 --fresh
   row "the same, scripts to be fetched" ms "≤ 1.1" "$SAMPLES"
+  anew delivery_bench status --rounds 1 --titles 200
+  row "check scripts at once, query of 200 titles" processes - "$SAMPLES" scripts none
+  row "their memory, at most" MiB - "$SAMPLES" script-memory none
   for number in 1 16 64 128 256; do
     anew delivery_bench status --rounds 1 --titles "$number"
     point "installed-state query, by titles" s "$number" "$SAMPLES"

@@ -46,8 +46,9 @@ class ZLT_API DownloadAgent {
   /// @param jobName in, the name that the caller's jobs have.
   /// @param onComplete in, see there. @param onProgress in, see there. @param onError in, see
   /// there.
-  /// @return the service with these callbacks for jobs named `jobName`; the same object for the
-  /// same name, which keeps its first callbacks. Never null; lives as long as the process.
+  /// @return the service for jobs named `jobName`; the same object for the same name, for which the
+  /// newest callbacks hold from the next download on. Their DLL stays loaded until others replace
+  /// them or `CleanUp`. Never null; lives as long as the process.
   static DownloadAgent* GetInstance(std::wstring jobName, CompleteCallback onComplete,
                                     ProgressCallback onProgress, ErrorCallback onError);
 
@@ -57,8 +58,8 @@ class ZLT_API DownloadAgent {
   /// @param files in, URL to full local path; each path lies below the download folder.
   /// @param headers in, header lines separated by CR LF, sent with every file.
   /// @param jobId out, the job's identifier; untouched when no job could be made.
-  /// @param cancelHandle in, an event; once signalled the job is cancelled and false is returned.
-  /// May be null.
+  /// @param cancelHandle in, an event; once signalled the job is cancelled and false is returned
+  /// (what has come may be kept for a later job of the same files). May be null.
   /// @param priority in, 0 foreground, 1 high, 2 normal, 3 low.
   /// @return true when every file is in its place, whole.
   bool DownloadFiles(std::wstring jobName, bool uploads, FileMap files, std::wstring headers,
@@ -71,7 +72,8 @@ class ZLT_API DownloadAgent {
   bool ResumeDownload(std::wstring jobName, FileMap files);
 
   /// Cancels what is running; a blocked `DownloadFiles` returns false soon, later calls return
-  /// false at once. A package that is being unpacked is given up too.
+  /// false at once, until the DLL of the callbacks is unloaded and one loaded anew asks for the
+  /// service. A package that is being unpacked is given up too.
   void CleanUp();
 
  private:

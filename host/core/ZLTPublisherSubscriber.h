@@ -17,13 +17,15 @@ class ZLT_API ZLTPublisherSubscriber {
   /// @return the one bus, never null.
   static ZLTPublisherSubscriber* GetInstance();
 
-  /// @param callback in, what is called from then on.
+  /// @param callback in, what is called from then on. Its DLL stays loaded until `Unsubscribe`.
   /// @param replayLast in, true: the newest notification is delivered to the new subscriber too.
   /// @return the subscription's id, for `Unsubscribe`.
   std::wstring Subscribe(Callback callback, bool replayLast);
 
   /// After it returned no further call to the callback starts. A call that is running is not waited
-  /// for, since the subscriber may need the caller to end it. An unknown id is ignored.
+  /// for, since the subscriber may need the caller to end it; its DLL stays loaded until it has
+  /// ended. What work of the suite nobody can signal is given up when the last subscriber goes. An
+  /// unknown id is ignored.
   /// @param id in, what `Subscribe` returned.
   void Unsubscribe(const std::wstring& id);
 

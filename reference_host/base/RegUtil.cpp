@@ -2,8 +2,9 @@
 
 int CRegUtil::CreateKey(HKEY hive, const std::wstring& subKey) {
   HKEY key = nullptr;
+  // A key that is there need not be one that may be written.
   const LSTATUS status = RegCreateKeyExW(hive, subKey.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                         KEY_SET_VALUE | KEY_WOW64_64KEY, nullptr, &key, nullptr);
+                                         MAXIMUM_ALLOWED | KEY_WOW64_64KEY, nullptr, &key, nullptr);
   if (status != ERROR_SUCCESS) return 0;
   RegCloseKey(key);
   return 1;

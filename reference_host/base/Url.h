@@ -21,6 +21,9 @@ bool ParseUrl(const std::wstring& text, Url& url);
 /// [::1].
 bool IsLoopbackHost(const std::wstring& host);
 
+/// This machine's usual names, as WinHTTP and BITS take a list of what no proxy is asked for.
+constexpr const wchar_t* LoopbackHosts = L"localhost 127.0.0.1 [::1]";
+
 /// @return true when the suite may talk to `text`: https anywhere, http to a loopback host only.
 bool IsAllowedUrl(const std::wstring& text);
 

@@ -5,14 +5,15 @@
 
 #include "host/common/Log.h"
 #include "host/common/Text.h"
-#include "reference_host/base/ModulePin.h"
+#include "reference_host/base/RunningWork.h"
 
 namespace refhost {
 
 std::wstring NotificationBus::Subscribe(Callback callback, bool replayLast) {
+  auto subscriber = std::make_shared<Subscriber>(std::move(callback));
   const std::scoped_lock lock(_mutex);
   const Id id = ++_lastId;
-  _subscribers[id] = std::make_shared<Callback>(std::move(callback));
+  _subscribers[id] = std::move(subscriber);
   // What is still queued is newer and reaches the new subscriber anyway.
   if (replayLast && _newest && !IsPublicationQueued()) {
     StartThread();
@@ -23,9 +24,15 @@ std::wstring NotificationBus::Subscribe(Callback callback, bool replayLast) {
 }
 
 void NotificationBus::Unsubscribe(const std::wstring& id) {
+  std::shared_ptr<Subscriber> gone;  // its DLL is let go behind the lock
   const std::scoped_lock lock(_mutex);
-  std::erase_if(_subscribers,
-                [&](const auto& entry) { return std::to_wstring(entry.first) == id; });
+  const auto found = std::find_if(_subscribers.begin(), _subscribers.end(), [&](const auto& entry) {
+    return std::to_wstring(entry.first) == id;
+  });
+  if (found == _subscribers.end()) return;
+  gone = std::move(found->second);
+  _subscribers.erase(found);
+  if (_subscribers.empty()) RunningWork::StopAll();
 }
 
 bool NotificationBus::Publish(const ZLTNotificationData& data, std::chrono::milliseconds timeout) {
@@ -64,9 +71,10 @@ void NotificationBus::Deliver(const Delivery& delivery, std::unique_lock<std::mu
   for (const Id id : ReceiversOf(delivery)) {
     const auto found = _subscribers.find(id);
     if (found == _subscribers.end()) continue;  // gone since the delivery began
-    const std::shared_ptr<Callback> callback = found->second;
+    std::shared_ptr<Subscriber> subscriber = found->second;
     lock.unlock();
-    Call(callback, delivery.data);
+    Call(subscriber->callback, delivery.data);
+    subscriber.reset();  // its DLL may be unloaded here
     lock.lock();
   }
 }
@@ -78,9 +86,8 @@ std::vector<NotificationBus::Id> NotificationBus::ReceiversOf(const Delivery& de
   return ids;
 }
 
-void NotificationBus::Call(const std::shared_ptr<Callback>& callback,
-                           ZLTNotificationData data) const try {
-  (*callback)(data);
+void NotificationBus::Call(const Callback& callback, ZLTNotificationData data) const try {
+  callback(data);
 } catch (const std::exception& exception) {
   ZLT::g_log.e(L"Notification bus: a subscriber threw: %s",
                ZLT::String::UTF8ToUTF16(exception.what()).c_str());

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "host/core/ZLTNotificationData.h"
+#include "reference_host/base/ModulePin.h"
 
 namespace refhost {
 
@@ -28,6 +29,7 @@ class NotificationBus {
   /// subscriber, once.
   std::wstring Subscribe(Callback callback, bool replayLast);
 
+  /// When nobody is left, the suite's work that nobody can signal is told to stop.
   void Unsubscribe(const std::wstring& id);
 
   /// @return true when the notification was delivered within the time-out, or at once when that is
@@ -36,6 +38,15 @@ class NotificationBus {
 
  private:
   using Id = std::uint64_t;
+
+  /// A subscriber whose DLL stays loaded as long as it is called.
+  struct Subscriber {
+    explicit Subscriber(Callback function)
+        : module(AddressInModuleOf(function)), callback(std::move(function)) {}
+
+    ModuleHold module;
+    Callback callback;
+  };
 
   /// One notification on its way; without a receiver it is for every subscriber.
   struct Delivery {
@@ -48,15 +59,15 @@ class NotificationBus {
   void Run();
   void Deliver(const Delivery& delivery, std::unique_lock<std::mutex>& lock);
   std::vector<Id> ReceiversOf(const Delivery& delivery) const;
-  void Call(const std::shared_ptr<Callback>& callback, ZLTNotificationData data) const;
+  void Call(const Callback& callback, ZLTNotificationData data) const;
   bool IsPublicationQueued() const;
 
   std::mutex _mutex;
   std::condition_variable _queued;
   std::condition_variable _delivered;
   std::deque<std::shared_ptr<Delivery>> _queue;
-  std::map<Id, std::shared_ptr<Callback>> _subscribers;  ///< in the order of subscribing
-  std::optional<ZLTNotificationData> _newest;            ///< whose delivery has begun
+  std::map<Id, std::shared_ptr<Subscriber>> _subscribers;  ///< in the order of subscribing
+  std::optional<ZLTNotificationData> _newest;              ///< whose delivery has begun
   Id _lastId = 0;
   std::thread::id _threadId;
 };

@@ -48,6 +48,17 @@ class Reader {
     return _root[key].asBool();
   }
 
+  /// @return true for the one word, false for the other.
+  bool IsFirst(const char* key, const std::string& first, const std::string& second,
+               bool otherwise) const {
+    if (!_root.isMember(key)) return otherwise;
+    const std::string word = Text(key);
+    if (word != first && word != second) {
+      Refuse(key, "must be \"" + first + "\" or \"" + second + "\"");
+    }
+    return word == first;
+  }
+
   /// Reads a whole number; `number` keeps its value when the key is absent.
   template <typename Whole>
   void Number(const char* key, Whole least, Whole most, Whole& number) const {
@@ -99,6 +110,17 @@ std::string ReadUrl(const Reader& reader, const char* key) {
   return url;
 }
 
+/// WinHTTP and BITS have the plain form in common. @return empty when the key is absent.
+std::wstring ReadProxy(const Reader& reader, const char* key) {
+  std::wstring proxy = ZLT::String::UTF8ToUTF16(reader.OptionalText(key));
+  Url url;
+  if (!proxy.empty() &&
+      (!ParseUrl(L"http://" + proxy, url) || proxy.find_first_of(L"/?#") != std::wstring::npos)) {
+    Refuse(key, "must be a host and a port, as \"proxy.example:8080\"");
+  }
+  return proxy;
+}
+
 /// @return the folder without its trailing backslash; empty when the key is absent.
 std::wstring ReadFolder(const Reader& reader, const char* key) {
   std::wstring folder = ZLT::String::UTF8ToUTF16(reader.OptionalText(key));
@@ -136,17 +158,24 @@ Configuration Read(const Reader& reader) {
   read.sessionToken = reader.RequiredText("sessionToken");
   read.tokenUrl = ReadUrl(reader, "tokenUrl");
   read.registered = reader.Flag("registered", read.registered);
+  read.proxy = ReadProxy(reader, "proxy");
   read.downloadFolder = ReadFolder(reader, "downloadFolder");
   read.logFolder = ReadFolder(reader, "logFolder");
   read.requireSignedPackages = reader.Flag("requireSignedPackages", read.requireSignedPackages);
   read.trustedPublishers = ReadThumbprints(reader, "trustedPublishers");
-  constexpr unsigned int Day = 24 * 60 * 60;
-  reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
-  reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
-  reader.Number("leaseWaitSeconds", 0u, Day, read.leaseWaitSeconds);
   constexpr unsigned int Hour = 60 * 60;
+  constexpr unsigned int Day = 24 * Hour;
+  reader.Number("processTimeoutSeconds", 1u, Day, read.processTimeoutSeconds);
+  reader.Number("maxCheckScripts", 1u, 1000u, read.maxCheckScripts);
+  reader.Number("cancelledCheckGraceSeconds", 0u, Hour, read.cancelledCheckGraceSeconds);
+  reader.Number("installerTimeoutSeconds", 1u, Day, read.installerTimeoutSeconds);
+  read.installersMeetUser =
+      reader.IsFirst("installerSession", "user", "service", read.installersMeetUser);
+  reader.Number("leaseWaitSeconds", 0u, Day, read.leaseWaitSeconds);
   reader.Number("requestTimeoutSeconds", 1u, Hour, read.requestTimeoutSeconds);
   reader.Number("downloadStallSeconds", 1u, Day, read.downloadStallSeconds);
+  reader.Number("downloadPatienceSeconds", 0u, Day, read.downloadPatienceSeconds);
+  reader.Number("fileInUseSeconds", 0u, Hour, read.fileInUseSeconds);
   reader.Number("maxFileBytes", MinSizeLimit, MaxSizeLimit, read.maxFileBytes);
   reader.Number("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, read.maxUnpackedBytes);
   reader.Number("logMaxBytes", 1024u, 1u << 30, read.logMaxBytes);
@@ -193,6 +222,10 @@ std::string ParseConfiguration(const std::string& fileName, const std::string& j
   } catch (const Json::Exception& error) {
     return fileName + ": not well-formed JSON: " + OnOneLine(error.what());
   }
+}
+
+std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine) {
+  return isService || variable.empty() ? machine : variable;
 }
 
 }  // namespace refhost

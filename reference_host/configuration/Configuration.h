@@ -14,16 +14,22 @@ struct Configuration {
   std::string sessionToken;
   std::string tokenUrl;
   bool registered = true;
+  std::wstring proxy;           ///< host and port; empty: the machine's settings
   std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
   std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;
-  std::vector<std::string> trustedPublishers;   ///< SHA-256 thumbprints, 64 lower-case hex digits
-  unsigned int processTimeoutSeconds = 600;     ///< for programs that are run to their end
-  unsigned int installerTimeoutSeconds = 7200;  ///< for installers
-  unsigned int leaseWaitSeconds = 600;          ///< for another process's installation
-  unsigned int requestTimeoutSeconds = 30;      ///< for each step of a request to the service
-  unsigned int downloadStallSeconds = 60;   ///< a download without a byte for so long has failed
-  std::uint64_t maxFileBytes = 4ull << 30;  ///< what one downloaded file may come to
+  std::vector<std::string> trustedPublishers;    ///< SHA-256 thumbprints, 64 lower-case hex digits
+  unsigned int processTimeoutSeconds = 600;      ///< for programs that are run to their end
+  unsigned int maxCheckScripts = 0;              ///< at once; 0: as many as processors
+  unsigned int cancelledCheckGraceSeconds = 10;  ///< for a check that begins after the cancel event
+  unsigned int installerTimeoutSeconds = 7200;   ///< for installers
+  bool installersMeetUser = true;  ///< they run in the signed-in user's session, where there is one
+  unsigned int leaseWaitSeconds = 600;         ///< for another process's installation
+  unsigned int requestTimeoutSeconds = 30;     ///< for each step of a request to the service
+  unsigned int downloadStallSeconds = 60;      ///< a download without a byte for so long has failed
+  unsigned int downloadPatienceSeconds = 600;  ///< how long a download waits for better times
+  unsigned int fileInUseSeconds = 10;          ///< how long a file that others hold is waited for
+  std::uint64_t maxFileBytes = 4ull << 30;     ///< what one downloaded file may come to
   std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
   unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
   double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait
@@ -34,5 +40,11 @@ struct Configuration {
 /// @return an empty text on success, else one line naming file and key.
 std::string ParseConfiguration(const std::string& fileName, const std::string& json,
                                Configuration& configuration);
+
+/// Which file a host reads. Pure.
+/// @param isService in, true: the variable is not followed, since what starts a service may pass on
+/// what somebody else has set. @param variable in, what the environment names, may be empty.
+/// @param machine in, what the machine's administrators have set, may be empty.
+std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine);
 
 }  // namespace refhost

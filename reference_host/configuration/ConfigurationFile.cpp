@@ -7,12 +7,17 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/configuration/Folders.h"
+#include "reference_host/files/HeldFolder.h"
+#include "reference_host/files/LongPath.h"
+#include "reference_host/files/Trust.h"
 
 namespace refhost {
 
 namespace {
 
 constexpr const wchar_t* Variable = L"TOLMAR_HOST_CONFIG";
+constexpr const wchar_t* MachineKey = L"SOFTWARE\\Tolmar";
+constexpr const wchar_t* MachineValue = L"ConfigurationFile";
 constexpr LONGLONG MaxFileBytes = 1 << 20;
 
 struct Loaded {
@@ -20,11 +25,45 @@ struct Loaded {
   std::wstring error;
 };
 
+std::wstring FromEnvironment() {
+  std::wstring name(GetEnvironmentVariableW(Variable, nullptr, 0), L'\0');
+  name.resize(GetEnvironmentVariableW(Variable, name.data(), static_cast<DWORD>(name.size())));
+  return name;
+}
+
+/// Only administrators write there.
+std::wstring FromMachine() {
+  wchar_t name[MAX_PATH];
+  DWORD size = sizeof name;
+  const LSTATUS status = RegGetValueW(HKEY_LOCAL_MACHINE, MachineKey, MachineValue,
+                                      RRF_RT_REG_SZ | RRF_SUBKEY_WOW6464KEY, nullptr, name, &size);
+  return status == ERROR_SUCCESS ? name : L"";
+}
+
+std::wstring FullPath(const std::wstring& name) {
+  std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
+  full.resize(
+      GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+  return full;
+}
+
+/// A host with high rights does what the file says: nobody may have written it who has not got
+/// those rights.
+bool HasHighRights() { return IsElevated() || IsService(); }
+
 /// @return an empty text on success, else what is wrong.
 std::wstring ReadWhole(const std::wstring& name, std::string& text) {
-  const Handle file(CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                FILE_ATTRIBUTE_NORMAL, nullptr));
+  const std::wstring path = FullPath(name);
+  const bool isJudged = HasHighRights();
+  const DWORD flags = isJudged ? FILE_FLAG_OPEN_REPARSE_POINT : FILE_ATTRIBUTE_NORMAL;
+  const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                OPEN_EXISTING, flags, nullptr));
   if (!file) return L": cannot be opened (error " + std::to_wstring(GetLastError()) + L")";
+  const std::wstring refusal = isJudged ? RefusalOfFile(file.Get(), path) : L"";
+  if (!refusal.empty()) {
+    return L": is not for a host with high rights, " + refusal +
+           L" (docs/operations.md, \"Rights\", says how that is mended)";
+  }
   LARGE_INTEGER size{};
   if (!GetFileSizeEx(file.Get(), &size) || size.QuadPart > MaxFileBytes) {
     return L": is larger than a configuration can be";
@@ -38,12 +77,20 @@ std::wstring ReadWhole(const std::wstring& name, std::string& text) {
   return {};
 }
 
+/// @return what is said when no file is named.
+std::wstring NoFile() {
+  const std::wstring machine = std::wstring(L"the value ") + MachineValue +
+                               L" of HKEY_LOCAL_MACHINE\\" + MachineKey + L" names no file";
+  if (IsService()) return L"no configuration: " + machine;
+  return std::wstring(L"no configuration: the environment variable ") + Variable +
+         L" names no file, and " + machine;
+}
+
 Loaded Load() {
   Loaded loaded;
   const std::wstring name = ConfigurationFileName();
   if (name.empty()) {
-    loaded.error =
-        std::wstring(L"no configuration: the environment variable ") + Variable + L" names no file";
+    loaded.error = NoFile();
     return loaded;
   }
   std::string json;
@@ -70,9 +117,7 @@ const Loaded& TheLoaded() {
 }  // namespace
 
 std::wstring ConfigurationFileName() {
-  std::wstring name(GetEnvironmentVariableW(Variable, nullptr, 0), L'\0');
-  name.resize(GetEnvironmentVariableW(Variable, name.data(), static_cast<DWORD>(name.size())));
-  return name;
+  return FileToRead(IsService(), FromEnvironment(), FromMachine());
 }
 
 const Configuration* GetConfiguration() {

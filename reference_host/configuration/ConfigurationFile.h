@@ -13,7 +13,9 @@ const Configuration* GetConfiguration();
 /// @return the process's configuration; the defaults where there is none that is usable.
 const Configuration& Settings();
 
-/// @return the name of the file that the process was told to read; empty when it was told none.
+/// @return the name of the file that the process is to read (see `FileToRead`): the environment
+/// variable is TOLMAR_HOST_CONFIG, the machine's value "ConfigurationFile" of
+/// HKEY_LOCAL_MACHINE\SOFTWARE\Tolmar, 64-bit view. Empty when neither names one.
 std::wstring ConfigurationFileName();
 
 /// @return why there is no usable configuration, empty when there is one.

@@ -13,10 +13,9 @@ constexpr std::uint32_t FirstServerFault = 500;
 constexpr std::uint32_t ProxyWantsLogon = 407;
 constexpr std::uint32_t NoToken = 12152;  ///< the exchange's reply holds no token
 
-/// Tokens are used up to a minute before they expire: a clock that is off by more makes some that
-/// are fresh look old, or old ones fresh.
+/// A machine that sets its clock by the network's is never off by more.
 constexpr std::int64_t ClockWarnSeconds = 60;
-/// What services commonly allow for; beyond it they take no token.
+/// What others commonly allow for; beyond it certificates that were just issued are not valid yet.
 constexpr std::int64_t ClockFailSeconds = 300;
 
 /// A package lies beside what is unpacked from it, and what it installs comes on top: this does for

@@ -48,13 +48,19 @@ bool IsServiceOnThisMachine() {
 
 Finding ExamineProxy(const Questions&) {
   if (IsServiceOnThisMachine()) return {"", Health::Ok, "none: the service is this machine's", ""};
+  if (!Settings().proxy.empty()) {
+    return {"", Health::Ok,
+            ZLT::String::UTF16ToUTF8(Settings().proxy) + ", as configured, for downloads too", ""};
+  }
   const std::wstring user = ProxyOfUser(), machine = ProxyOfMachine();
   if (user.empty() && machine.empty()) return {"", Health::Ok, "none", ""};
   const std::wstring found = L"this user's: " + (user.empty() ? L"none" : user) +
                              L"; the machine's (netsh winhttp): " +
                              (machine.empty() ? L"none" : machine);
-  return {"", Health::Ok, ZLT::String::UTF16ToUTF8(found),
-          "BITS as LocalSystem takes its own: bitsadmin /util /getieproxy localsystem."};
+  return {
+      "", Health::Ok, ZLT::String::UTF16ToUTF8(found),
+      "BITS as LocalSystem takes its own (bitsadmin /util /getieproxy localsystem), unless the key "
+      "proxy names one for both."};
 }
 
 }  // namespace refhost

@@ -8,8 +8,8 @@
 #include "host/session/Tessary.h"
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/configuration/ConfigurationFile.h"
-#include "reference_host/configuration/Folders.h"
-#include "reference_host/download/BitsJob.h"
+#include "reference_host/download/BitsLeftovers.h"
+#include "reference_host/download/FilePlace.h"
 #include "reference_host/http/HttpExchange.h"
 
 namespace refhost {
@@ -22,7 +22,7 @@ ServiceAnswer AskService() {
   if (const unsigned long error = exchange.Send({.verb = L"HEAD", .url = url, .headers = {}}))
     return {error};
   ServiceAnswer answer{exchange.Status()};
-  if (const auto date = exchange.Date()) answer.secondsAhead = std::time(nullptr) - *date;
+  if (const auto date = exchange.ServerTime()) answer.secondsAhead = std::time(nullptr) - *date;
   return answer;
 }
 
@@ -36,7 +36,7 @@ BitsAnswer AskBits() {
   BitsJob::Manager manager;
   BitsAnswer answer{BitsJob::Connect(manager)};
   if (SUCCEEDED(answer.result)) {
-    answer.result = BitsJob::CountInto(manager, DownloadFolder(), answer.jobs);
+    answer.result = CountJobsInto(manager, FilePlace::ArrivalFolder(), answer.jobs);
   }
   return answer;
 }

@@ -1,33 +1,27 @@
 #include "reference_host/download/BitsDownload.h"
 
+#include "host/common/FileSystem.h"
 #include "host/common/Log.h"
+#include "reference_host/base/KeepAwake.h"
+#include "reference_host/base/Patience.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/download/BitsLeftovers.h"
+#include "reference_host/download/JobWatch.h"
+#include "reference_host/files/FolderCreation.h"
 
 namespace refhost {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 /// How soon the end of a short question is seen.
 constexpr DWORD QuestionPollMs = 10;
-/// How often BITS is asked how far it is. It is another process and has to stop for its answers, so
-/// that a long transfer is asked after less often, but for its last part.
-constexpr DWORD PollMs = 50;
-constexpr DWORD LongPollMs = 250;
-constexpr auto LongTransfer = std::chrono::seconds(1);
-constexpr auto LastPart = 20;  ///< a twentieth
-constexpr auto ReportInterval = std::chrono::milliseconds(250);
-/// How often one file's transfer is tried again without asking anybody, and how long before that.
-constexpr int MaxRetries = 2;
-constexpr DWORD RetryPauseMs = 1000;
+/// An answer of another length than the file's may be the page that tells of an expired address,
+/// which waiting does not mend.
+constexpr int MaxOtherAnswers = 2;
 
-DWORD RetryPause() { return static_cast<DWORD>(RetryPauseMs * Settings().retryWaitScale); }
-
-unsigned long MillisecondsSince(Clock::time_point begin) {
-  using namespace std::chrono;
-  return static_cast<unsigned long>(duration_cast<milliseconds>(Clock::now() - begin).count());
+unsigned long MillisecondsSince(AwakeClock::Time begin) {
+  return static_cast<unsigned long>((AwakeClock::Now() - begin).count());
 }
 
 void LogFailure(const DownloadFile& file, const BitsFailure& failure) {
@@ -40,58 +34,113 @@ void LogFailure(const DownloadFile& file, const BitsFailure& failure) {
 }  // namespace
 
 BitsDownload::BitsDownload(DownloadOrder order, const DownloadCallbacks& callbacks)
-    : _order(std::move(order)), _callbacks(callbacks), _files(_order.files) {}
+    : _order(std::move(order)),
+      _files(_order.files),
+      _owner(_order.name, callbacks, _files),
+      _patience(std::chrono::seconds(Settings().downloadPatienceSeconds),
+                Settings().retryWaitScale) {}
 
 bool BitsDownload::Run() {
   const ComApartment apartment;
-  const bool success = MakeFirstJob() && RunJobs();
-  _manager.Reset();
-  return success;
+  // Whichever way this ends: a job that is not cancelled while COM is up stays, with its token.
+  struct Leaving {
+    BitsDownload& download;
+    ~Leaving() { download.LetGo(); }
+  } leaving{*this};
+  const std::optional<BitsFailure> failure = Prepare();
+  return failure ? GiveUp(*failure) : RunJobs();
 }
 
-bool BitsDownload::MakeFirstJob() {
+void BitsDownload::LetGo() {
+  _job.reset();
+  _manager.Reset();
+}
+
+/// Gets the first job: one that an earlier download has left, or a new one.
+std::optional<BitsFailure> BitsDownload::Prepare() {
+  if (std::optional<BitsFailure> failure = _files.FindBeyondBits()) return failure;
   HRESULT result = BitsJob::Connect(_manager);
-  if (SUCCEEDED(result)) {
-    BitsJob::CancelAll(_manager, _order.name);
-    result = MakeJob();
+  if (SUCCEEDED(result)) _job = TakeUpLeftovers(_manager, JobOrder(), result);
+  _takenUp = _job != nullptr;
+  if (_takenUp) {
+    std::vector<BitsProgress> progress;
+    result = _job->Progress(progress);
+    _files.TakeUp(_job->Files());
+    _files.Update(progress);
+    ZLT::g_log.d(L"DownloadAgent: job %s of an earlier download is taken up", _order.name.c_str());
+  } else {
+    // What is left there belongs to no job any more.
+    FileSystem::deleteDirectoryOrFile(FilePlace::ArrivalFolder(), true);
   }
-  if (FAILED(result)) {
-    const BitsFailure failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, result);
-    LogFailure(_files.FailingFile(failure), failure);
-    return false;
+  const std::wstring refusal = CreateFolder(FilePlace::ArrivalFolder(), true);
+  if (!refusal.empty()) {
+    return BitsFailure{BG_ERROR_CONTEXT_LOCAL_FILE,
+                       E_ACCESSDENIED,
+                       FilePlace::ArrivalFolder() + L" cannot be used: " + refusal,
+                       {}};
   }
+  if (SUCCEEDED(result) && !_job) result = MakeJob();
+  if (FAILED(result)) return FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, result);
   _id = _job->Id();
-  return true;
+  return std::nullopt;
+}
+
+/// There is no job to begin with: the owner is told all the same.
+bool BitsDownload::GiveUp(BitsFailure failure) {
+  failure = Classed(std::move(failure));
+  const DownloadFile& file = _files.FailingFile(failure);
+  LogFailure(file, failure);
+  _owner.Ask(file, failure);
+  _owner.TellEnd(GUID{}, false);
+  return false;
 }
 
 bool BitsDownload::RunJobs() {
-  const auto begin = Clock::now();
+  const auto begin = AwakeClock::Now();
   ZLT::g_log.d(L"DownloadAgent: job %s begins, files: %lu", _order.name.c_str(),
                static_cast<unsigned long>(_order.files.size()));
-  const bool success = Transfer();
+  const KeepAwake awake(L"Software is being downloaded");
+  if (awake.Error() != ERROR_SUCCESS) {
+    ZLT::g_log.d(L"DownloadAgent: the machine may fall asleep meanwhile, error %lu", awake.Error());
+  }
+  const End end = Transfer();
+  const std::uint64_t bytes = _files.Total().bytesTransferred;
+  const bool kept = end == End::Stopped && _job && bytes != 0 && _job->Keep();
   _job.reset();
-  _files.RemoveParts();
-  ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s", _order.name.c_str(),
-               success ? L"is done" : L"has failed or was stopped", MillisecondsSince(begin),
-               std::to_wstring(_files.Total().bytesTransferred).c_str());
-  _callbacks.Complete(_order.name, *_id, success, _files.Map());
-  return success;
+  if (!kept) _files.RemoveParts();
+  const wchar_t* result = end == End::Done ? L"is done" : L"has failed or was stopped";
+  ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s%s", _order.name.c_str(), result,
+               MillisecondsSince(begin), std::to_wstring(bytes).c_str(),
+               kept ? L", kept for the next download" : L"");
+  _owner.TellEnd(*_id, end == End::Done);
+  return end == End::Done;
+}
+
+BitsOrder BitsDownload::JobOrder() const {
+  return {_order.name, _order.headers, _order.priority, _files.Unfinished(), Settings().proxy};
 }
 
 HRESULT BitsDownload::MakeJob() {
   HRESULT result = S_OK;
-  _job = BitsJob::Make(_manager,
-                       {_order.name, _order.headers, _order.priority, _files.Unfinished()}, result);
+  _files.BeginAnew();
+  _job = BitsJob::Make(_manager, JobOrder(), result);
   return result;
 }
 
-bool BitsDownload::Transfer() {
-  _lastReport = Clock::now();
+BitsDownload::End BitsDownload::Transfer() {
   for (;;) {
+    const std::size_t missing = _files.Unfinished().size();
     BitsFailure failure;
-    const End end = Attempt(failure);
-    if (end == End::Done) return true;
-    if (end == End::Stopped || !Recover(failure)) return false;
+    End end = Attempt(failure);
+    if (end == End::Done && _files.IsFinished()) return end;
+    // A job that was taken up may have been for some of the files only.
+    if (end == End::Done && _files.Unfinished().size() < missing) continue;
+    if (end == End::Done) {
+      failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, MissingFile);
+    }
+    if (end != End::Stopped) end = Recover(Classed(failure));
+    if (end == End::Failed && _order.IsStopRequested(0)) return End::Stopped;
+    if (end != End::Done) return end;
   }
 }
 
@@ -110,12 +159,13 @@ BitsDownload::End BitsDownload::AskServer(BitsFailure& failure) {
   for (const BitsFile& file : _files.Unfinished()) urls.push_back(file.url);
   _probe = std::make_unique<BitsProbe>(std::move(urls), _order.headers);
   while (!_probe->IsDone()) {
-    if (!Wait(QuestionPollMs)) return End::Stopped;
+    if (_order.IsStopRequested(QuestionPollMs) || !_owner.ReportWhenDue()) return End::Stopped;
   }
   std::optional<BitsFailure> refusal = _files.Learn(*_probe);
   if (!refusal) refusal = _files.FindOversized();
   if (!refusal) refusal = _files.FindNoRoom();
-  if (!refusal) refusal = _files.ClearPlaces();
+  // An earlier download's job may have put files there already.
+  if (!refusal && !_takenUp) refusal = _files.ClearPlaces(StoppableWait());
   if (!refusal) return End::Done;
   failure = *refusal;
   return End::Failed;
@@ -124,124 +174,99 @@ BitsDownload::End BitsDownload::AskServer(BitsFailure& failure) {
 /// The job goes on where the platform can do that, so that it keeps the bytes that it has; else a
 /// new job fetches what is missing.
 BitsDownload::End BitsDownload::SetGoing(BitsFailure& failure) {
-  const std::vector<BitsFile> renewed = _files.TakeRenewed();
-  if (_job && (renewed.empty() || _job->Redirect(renewed)) && _job->Resume()) return End::Done;
+  if (_job && GoOn()) return End::Done;
   if (_job && TakeOver(failure) != End::Done) return End::Failed;
+  if (_files.IsFinished()) return End::Done;
   const HRESULT result = MakeJob();
   if (SUCCEEDED(result) && _job->Resume()) return End::Done;
   failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, FAILED(result) ? result : E_FAIL);
   return End::Failed;
 }
 
+/// @return false when the job cannot go on with what is known by now.
+bool BitsDownload::GoOn() {
+  const bool takenUp = std::exchange(_takenUp, false);
+  BG_JOB_STATE state;
+  if (FAILED(_job->State(state))) return false;
+  if (state == BG_JOB_STATE_TRANSFERRED) return true;
+  const std::vector<BitsFile> renewed = _files.Renewed();
+  if ((!takenUp && renewed.empty()) || _job->Redirect(JobOrder(), renewed)) {
+    _files.ForgetRenewed();
+    return _job->Resume();
+  }
+  // Its addresses have been good enough so far; should one of them not be, a new job follows.
+  _goesAsItWas = takenUp && SUCCEEDED(_job->State(state)) &&
+                 (state == BG_JOB_STATE_QUEUED || state == BG_JOB_STATE_CONNECTING ||
+                  state == BG_JOB_STATE_TRANSFERRING);
+  return _goesAsItWas;
+}
+
+/// What callbacks take is no time in which bytes are waited for.
 BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
-  const auto begin = _lastBytes = Clock::now();
-  while (Wait(PollTime(begin))) {
-    const BG_JOB_STATE state = _job->State();
-    _files.Update(_job->Progress());
-    if (FindJobsFailure(state, failure)) return End::Failed;
-    if (FindOwnFailure(failure)) {
-      _job.reset();
-      return End::Failed;
+  if (!_job) return End::Done;
+  JobWatch watch(*_job, _files);
+  for (;;) {
+    const auto begin = AwakeClock::Now();
+    if (_order.IsStopRequested(watch.Pause())) return End::Stopped;
+    switch (watch.Look(AwakeClock::Now() - begin, failure)) {
+      case JobWatch::Sight::Goes:
+        if (!_owner.ReportWhenDue()) return End::Stopped;
+        break;
+      case JobWatch::Sight::Arrived:
+        _files.SettleLengths();
+        return _owner.Report() ? End::Done : End::Stopped;
+      case JobWatch::Sight::Failed:
+        if (failure.context == BG_ERROR_CONTEXT_UNKNOWN) {
+          failure = _files.TransportFailure(*_probe).value_or(failure);
+        }
+        return End::Failed;
+      case JobWatch::Sight::Wrong:
+        _job.reset();
+        return End::Failed;
     }
-    if (state != BG_JOB_STATE_TRANSFERRED) continue;
-    _files.SettleLengths();
-    return ReportProgress() ? End::Done : End::Stopped;
   }
-  return End::Stopped;
-}
-
-DWORD BitsDownload::PollTime(Clock::time_point begin) const {
-  const DownloadProgressDetail total = _files.Total();
-  const bool isEnding = total.bytesTotal - total.bytesTransferred <= total.bytesTotal / LastPart;
-  return isEnding || Clock::now() - begin < LongTransfer ? PollMs : LongPollMs;
-}
-
-bool BitsDownload::FindJobsFailure(BG_JOB_STATE state, BitsFailure& failure) const {
-  if (state == BG_JOB_STATE_CANCELLED || state == BG_JOB_STATE_ACKNOWLEDGED) {
-    failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, EndedByOthers);
-    return true;
-  }
-  if (state != BG_JOB_STATE_ERROR && state != BG_JOB_STATE_TRANSIENT_ERROR) return false;
-  failure = _job->Failure();
-  if (failure.context == BG_ERROR_CONTEXT_UNKNOWN) {
-    failure = _files.TransportFailure(*_probe).value_or(failure);
-  }
-  return true;
-}
-
-bool BitsDownload::FindOwnFailure(BitsFailure& failure) {
-  const std::uint64_t bytes = _files.Total().bytesTransferred;
-  if (bytes != _bytesSeen) _lastBytes = Clock::now();
-  _bytesSeen = bytes;
-  if (const std::optional<BitsFailure> oversized = _files.FindOversized()) {
-    failure = *oversized;
-    return true;
-  }
-  const auto limit = std::chrono::seconds(Settings().downloadStallSeconds);
-  if (Clock::now() - _lastBytes < limit) return false;
-  failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_TRANSPORT, NoBytesInTime);
-  return true;
 }
 
 /// Ends the job and puts what it has brought into place.
 BitsDownload::End BitsDownload::TakeOver(BitsFailure& failure) {
-  _job->Complete();
+  if (!_job) return End::Done;
+  const FilePlace::Wait wait = StoppableWait();
+  const HRESULT result = CompleteJob(wait);
+  // A stop does not lose the bytes that a job still has.
+  if (FAILED(result) && _order.IsStopRequested(0)) return End::Stopped;
   _job.reset();
-  const std::optional<BitsFailure> misplaced = _files.Place();
+  std::optional<BitsFailure> misplaced;
+  if (FAILED(result)) misplaced = FailureWith(BG_ERROR_CONTEXT_LOCAL_FILE, result);
+  if (!misplaced) misplaced = _files.Place(wait);
   if (!misplaced) return End::Done;
   failure = *misplaced;
   return End::Failed;
 }
 
-bool BitsDownload::Recover(const BitsFailure& failure) {
+/// A job that cannot give its files their names stays as it is.
+HRESULT BitsDownload::CompleteJob(const FilePlace::Wait& wait) {
+  return Patiently(FilePlace::InUsePatience(), wait, [this] { return _job->Complete(); });
+}
+
+/// @return Done when the download is to be tried again.
+BitsDownload::End BitsDownload::Recover(const BitsFailure& failure) {
   DownloadFile& file = _files.FailingFile(failure);
   LogFailure(file, failure);
-  if (IsTransient(failure) && file.retries < MaxRetries) {
+  if (std::exchange(_goesAsItWas, false)) return End::Done;
+  std::optional<RetryPatience::Time> wait;
+  if (IsTransient(failure) && (failure.code != OtherAnswer || file.retries < MaxOtherAnswers)) {
+    wait = _patience.Next(AwakeClock::Now(), _files.Total().bytesTransferred);
+  }
+  if (wait) {
     ++file.retries;
-    return !IsStopRequested(RetryPause());
+    return _order.IsStopRequested(static_cast<DWORD>(wait->count())) ? End::Stopped : End::Done;
   }
-  return AskOwner(file, failure);
+  _patience.Restart();
+  return _owner.Ask(file, failure) ? End::Done : End::Failed;
 }
 
-bool BitsDownload::AskOwner(const DownloadFile& file, const BitsFailure& failure) {
-  const DownloadAgent::FileMap failing{{file.url, file.path}};
-  {
-    const std::lock_guard lock(_renewalMutex);
-    _renewalOpen = true;
-    _renewed = false;
-  }
-  const bool resumed =
-      _callbacks.Error(failing, {failure.context, failure.code, failure.description});
-  const std::lock_guard lock(_renewalMutex);
-  _renewalOpen = false;
-  return resumed && _renewed;
-}
-
-bool BitsDownload::Renew(const DownloadAgent::FileMap& addresses) {
-  const std::lock_guard lock(_renewalMutex);
-  if (!_renewalOpen || !_files.Renew(addresses)) return false;
-  _renewed = true;
-  return true;
-}
-
-/// Waits a little. @return false when the download is to stop.
-bool BitsDownload::Wait(DWORD milliseconds) {
-  if (IsStopRequested(milliseconds)) return false;
-  return Clock::now() - _lastReport < ReportInterval || ReportProgress();
-}
-
-bool BitsDownload::IsStopRequested(DWORD waitMs) const {
-  const HANDLE handles[] = {_order.stopEvent, _order.cancelHandle};
-  const DWORD count = _order.cancelHandle == nullptr ? 1 : 2;
-  // A wait that fails counts as well: a download that nobody could stop would be worse.
-  return WaitForMultipleObjects(count, handles, FALSE, waitMs) != WAIT_TIMEOUT;
-}
-
-bool BitsDownload::ReportProgress() {
-  _lastReport = Clock::now();
-  const DownloadProgressDetail total = _files.Total();
-  // Of nothing, no share can be told.
-  return total.bytesTotal == 0 || _callbacks.Progress(_order.name, total, _files.Each());
+FilePlace::Wait BitsDownload::StoppableWait() const {
+  return [this](DWORD milliseconds) { return !_order.IsStopRequested(milliseconds); };
 }
 
 }  // namespace refhost

@@ -2,30 +2,19 @@
 
 #include <windows.h>
 
-#include <chrono>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
 
 #include "reference_host/download/BitsJob.h"
 #include "reference_host/download/BitsProbe.h"
-#include "reference_host/download/DownloadAgentCallbacks.h"
 #include "reference_host/download/DownloadAgentFiles.h"
+#include "reference_host/download/DownloadOrder.h"
+#include "reference_host/download/DownloadOwner.h"
+#include "reference_host/download/RetryPatience.h"
 
 namespace refhost {
 
-struct DownloadOrder {
-  std::wstring name;
-  DownloadAgent::FileMap files;
-  std::wstring headers;
-  BG_JOB_PRIORITY priority;
-  HANDLE cancelHandle;  ///< may be null
-  HANDLE stopEvent;     ///< the service's own end
-};
-
-/// One download from its order to its end: the jobs that it takes, the watch over them, and what is
-/// told to the job's owner.
+/// One download from its order to its end: the jobs that it takes, and how it gets over failures.
 class BitsDownload {
  public:
   BitsDownload(DownloadOrder order, const DownloadCallbacks& callbacks);
@@ -36,7 +25,7 @@ class BitsDownload {
 
   /// Takes new addresses, file name to URL, while the error callback runs. Any thread.
   /// @return true when the download goes on with them.
-  bool Renew(const DownloadAgent::FileMap& addresses);
+  bool Renew(const DownloadAgent::FileMap& addresses) { return _owner.Renew(addresses); }
 
   /// @return the first job's identifier, nothing when no job could be made. After `Run`.
   const std::optional<GUID>& Id() const { return _id; }
@@ -44,37 +33,33 @@ class BitsDownload {
  private:
   enum class End { Done, Failed, Stopped };
 
-  bool MakeFirstJob();
+  void LetGo();
+  std::optional<BitsFailure> Prepare();
+  bool GiveUp(BitsFailure failure);
   bool RunJobs();
+  BitsOrder JobOrder() const;
   HRESULT MakeJob();
-  bool Transfer();
+  End Transfer();
   End Attempt(BitsFailure& failure);
   End AskServer(BitsFailure& failure);
   End SetGoing(BitsFailure& failure);
+  bool GoOn();
   End WatchJob(BitsFailure& failure);
   End TakeOver(BitsFailure& failure);
-  DWORD PollTime(std::chrono::steady_clock::time_point begin) const;
-  bool FindJobsFailure(BG_JOB_STATE state, BitsFailure& failure) const;
-  bool FindOwnFailure(BitsFailure& failure);
-  bool Recover(const BitsFailure& failure);
-  bool AskOwner(const DownloadFile& file, const BitsFailure& failure);
-  bool Wait(DWORD milliseconds);
-  bool IsStopRequested(DWORD waitMs) const;
-  bool ReportProgress();
+  HRESULT CompleteJob(const FilePlace::Wait& wait);
+  End Recover(const BitsFailure& failure);
+  FilePlace::Wait StoppableWait() const;
 
   const DownloadOrder _order;
-  const DownloadCallbacks& _callbacks;
   DownloadFileSet _files;
+  DownloadOwner _owner;
+  RetryPatience _patience;
   std::optional<GUID> _id;
   BitsJob::Manager _manager;
   std::unique_ptr<BitsJob> _job;
+  bool _takenUp = false;      ///< the job is an earlier download's, with its headers
+  bool _goesAsItWas = false;  ///< and has to go on with its addresses
   std::unique_ptr<BitsProbe> _probe;
-  std::uint64_t _bytesSeen = 0;
-  std::chrono::steady_clock::time_point _lastBytes;
-  std::chrono::steady_clock::time_point _lastReport;
-  std::mutex _renewalMutex;
-  bool _renewalOpen = false;
-  bool _renewed = false;
 };
 
 }  // namespace refhost

@@ -1,14 +1,11 @@
 #include "reference_host/download/BitsFailure.h"
 
+#include "reference_host/download/FailureClass.h"
 #include "reference_host/http/SystemError.h"
 
 namespace refhost {
 
 namespace {
-
-bool IsTransientStatus(std::uint32_t status) {
-  return status == 408 || status == 429 || status >= 500;
-}
 
 /// @return null for codes that are not this service's own.
 const wchar_t* OwnText(HRESULT code) {
@@ -23,11 +20,20 @@ const wchar_t* OwnText(HRESULT code) {
       return L"the file is larger than maxFileBytes allows";
     case NoBytesInTime:
       return L"no bytes arrived in time";
+    case NotRunInTime:
+      return L"BITS did not run the job in time";
     case EndedByOthers:
       return L"the job was ended by somebody else";
+    case TooLongAName:
+      return L"BITS takes no address over 2200 characters, none with a part over 260, and no local "
+             L"path over 260";
     default:
       return nullptr;
   }
+}
+
+FailureClass MeaningOf(const BitsFailure& failure) {
+  return ClassOf(failure.context, static_cast<std::uint32_t>(failure.code));
 }
 
 }  // namespace
@@ -37,18 +43,11 @@ BitsFailure FailureWith(BG_ERROR_CONTEXT context, HRESULT code, std::wstring loc
   return {context, code, own != nullptr ? own : DescriptionOf(code), std::move(localPath)};
 }
 
-bool IsTransient(const BitsFailure& failure) {
-  if (const auto status = HttpStatusOf(failure.code)) return IsTransientStatus(status);
-  switch (failure.code) {
-    case OtherAnswer:
-      return true;
-    case TooLargeFile:
-    case NoBytesInTime:
-      return false;
-    default:
-      return failure.context == BG_ERROR_CONTEXT_GENERAL_TRANSPORT ||
-             failure.context == BG_ERROR_CONTEXT_UNKNOWN;
-  }
+bool IsTransient(const BitsFailure& failure) { return MeaningOf(failure).transient; }
+
+BitsFailure Classed(BitsFailure failure) {
+  failure.context = static_cast<BG_ERROR_CONTEXT>(MeaningOf(failure).context);
+  return failure;
 }
 
 }  // namespace refhost

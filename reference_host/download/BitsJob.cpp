@@ -3,9 +3,8 @@
 #include <bits2_0.h>
 #include <bits2_5.h>
 
-#include <functional>
-
-#include "reference_host/files/PathBelow.h"
+#include "reference_host/base/Url.h"
+#include "reference_host/download/BitsLimits.h"
 #include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
@@ -20,73 +19,10 @@ constexpr ULONG NoProgressTimeout = 0;
 /// The headers hold a token; they must not follow a redirection to another host.
 constexpr ULONG RefuseRedirections = 0x0200;
 
-/// A text that COM has allocated.
-class ComText {
- public:
-  ComText() = default;
-  ~ComText() { CoTaskMemFree(_text); }
-  ComText(const ComText&) = delete;
-  ComText& operator=(const ComText&) = delete;
-
-  LPWSTR* Out() { return &_text; }
-  std::wstring Text() const { return _text == nullptr ? L"" : _text; }
-
- private:
-  LPWSTR _text = nullptr;
-};
-
-/// BITS acts in the name of its caller and needs the caller's leave for it. It is given for each
-/// interface, since the process as a whole belongs to the host program.
-template <typename Interface>
-void AllowImpersonation(const ComPtr<Interface>& object) {
-  CoSetProxyBlanket(object.Get(), RPC_C_AUTHN_DEFAULT, RPC_C_AUTHZ_DEFAULT, COLE_DEFAULT_PRINCIPAL,
-                    RPC_C_AUTHN_LEVEL_DEFAULT, RPC_C_IMP_LEVEL_IMPERSONATE, nullptr, EOAC_NONE);
-}
-
-std::wstring NameOf(IBackgroundCopyJob& job) {
-  ComText name;
-  job.GetDisplayName(name.Out());
-  return name.Text();
-}
-
 std::wstring LocalNameOf(IBackgroundCopyFile& file) {
   ComText name;
   file.GetLocalName(name.Out());
   return name.Text();
-}
-
-/// @return where the job's first file goes, empty when it has none.
-std::wstring FirstLocalNameOf(IBackgroundCopyJob& job) {
-  ComPtr<IEnumBackgroundCopyFiles> files;
-  if (FAILED(job.EnumFiles(&files))) return {};
-  AllowImpersonation(files);
-  ComPtr<IBackgroundCopyFile> file;
-  if (files->Next(1, &file, nullptr) != S_OK) return {};
-  AllowImpersonation(file);
-  return LocalNameOf(*file.Get());
-}
-
-/// Calls `act` with each job of this user. @return S_OK or BITS's error.
-HRESULT ForEach(const BitsJob::Manager& manager,
-                const std::function<void(const ComPtr<IBackgroundCopyJob>&)>& act) {
-  ComPtr<IEnumBackgroundCopyJobs> jobs;
-  const HRESULT result = manager->EnumJobs(0, &jobs);
-  if (FAILED(result)) return result;
-  AllowImpersonation(jobs);
-  ComPtr<IBackgroundCopyJob> job;
-  while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
-    AllowImpersonation(job);
-    act(job);
-  }
-  return S_OK;
-}
-
-void Cancel(const ComPtr<IBackgroundCopyJob>& job) {
-  if (wine::IsInForce()) {
-    wine::CancelAside(job);
-  } else {
-    job->Cancel();
-  }
 }
 
 }  // namespace
@@ -99,19 +35,6 @@ HRESULT BitsJob::Connect(Manager& manager) {
   const HRESULT result = wine::IsInForce() ? wine::ConnectAgain(connect) : connect();
   if (SUCCEEDED(result)) AllowImpersonation(manager);
   return result;
-}
-
-HRESULT BitsJob::CancelAll(const Manager& manager, const std::wstring& name) {
-  return ForEach(manager, [&name](const ComPtr<IBackgroundCopyJob>& job) {
-    if (NameOf(*job.Get()) == name) Cancel(job);
-  });
-}
-
-HRESULT BitsJob::CountInto(const Manager& manager, const std::wstring& folder,
-                           unsigned long& count) {
-  return ForEach(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
-    if (IsBelow(FirstLocalNameOf(*job.Get()), folder)) ++count;
-  });
 }
 
 std::unique_ptr<BitsJob> BitsJob::Make(const Manager& manager, const BitsOrder& order,
@@ -127,17 +50,35 @@ std::unique_ptr<BitsJob> BitsJob::Make(const Manager& manager, const BitsOrder& 
   return SUCCEEDED(result) ? std::move(made) : nullptr;
 }
 
+std::unique_ptr<BitsJob> BitsJob::Take(const ComPtr<IBackgroundCopyJob>& job) {
+  AllowImpersonation(job);
+  std::unique_ptr<BitsJob> taken(new BitsJob(job));
+  if (SUCCEEDED(taken->LookUpFiles())) return taken;
+  taken->_over = true;
+  return nullptr;
+}
+
 HRESULT BitsJob::Set(const BitsOrder& order) {
   HRESULT result = _job->SetPriority(order.priority);
+  if (SUCCEEDED(result) && !order.proxy.empty()) {
+    result =
+        _job->SetProxySettings(BG_JOB_PROXY_USAGE_OVERRIDE, order.proxy.c_str(), LoopbackHosts);
+  }
   if (FAILED(result)) return result;
   _job->SetNoProgressTimeout(NoProgressTimeout);
   _job->SetMinimumRetryDelay(MinRetryDelay);
+  return SetHttp(HeadersForBits(order.headers).c_str());
+}
+
+/// @param headers in, null takes away those that are there.
+HRESULT BitsJob::SetHttp(const wchar_t* headers) {
   ComPtr<IBackgroundCopyJobHttpOptions> options;
-  result = _job.As(&options);
+  HRESULT result = _job.As(&options);
   if (FAILED(result)) return result;
   AllowImpersonation(options);
-  options->SetSecurityFlags(RefuseRedirections);
-  return options->SetCustomHeaders(order.headers.c_str());
+  // First: no job may have the token that would carry it after a redirection.
+  result = options->SetSecurityFlags(RefuseRedirections);
+  return SUCCEEDED(result) ? options->SetCustomHeaders(headers) : result;
 }
 
 HRESULT BitsJob::Add(const BitsOrder& order) {
@@ -145,19 +86,25 @@ HRESULT BitsJob::Add(const BitsOrder& order) {
     const HRESULT result = _job->AddFile(file.url.c_str(), file.localPath.c_str());
     if (FAILED(result)) return result;
   }
+  const HRESULT result = LookUpFiles();
+  if (FAILED(result)) return result;
+  return _files.size() == order.files.size() ? S_OK : E_UNEXPECTED;
+}
+
+HRESULT BitsJob::LookUpFiles() {
   ComPtr<IEnumBackgroundCopyFiles> files;
-  const HRESULT result = _job->EnumFiles(&files);
+  HRESULT result = _job->EnumFiles(&files);
   if (FAILED(result)) return result;
   ComPtr<IBackgroundCopyFile> file;
-  while (files->Next(1, file.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
+  while ((result = files->Next(1, file.ReleaseAndGetAddressOf(), nullptr)) == S_OK) {
     AllowImpersonation(file);
     _files.push_back({file, LocalNameOf(*file.Get())});
   }
-  return S_OK;
+  return result;
 }
 
 BitsJob::~BitsJob() {
-  if (!_completed) Cancel(_job);
+  if (!_over) CancelJob(_job);
 }
 
 GUID BitsJob::Id() const {
@@ -166,23 +113,33 @@ GUID BitsJob::Id() const {
   return id;
 }
 
-BG_JOB_STATE BitsJob::State() const {
-  BG_JOB_STATE state;
-  return SUCCEEDED(_job->GetState(&state)) ? state : BG_JOB_STATE_CANCELLED;
+HRESULT BitsJob::State(BG_JOB_STATE& state) const {
+  state = BG_JOB_STATE_CANCELLED;
+  return _job->GetState(&state);
 }
 
-std::vector<BitsProgress> BitsJob::Progress() const {
-  std::vector<BitsProgress> all;
+std::vector<BitsFile> BitsJob::Files() const {
+  std::vector<BitsFile> files;
+  for (const File& file : _files) {
+    ComText url;
+    file.object->GetRemoteName(url.Out());
+    files.push_back({url.Text(), file.localPath});
+  }
+  return files;
+}
+
+HRESULT BitsJob::Progress(std::vector<BitsProgress>& all) const {
   for (const File& file : _files) {
     BG_FILE_PROGRESS progress{};
-    file.object->GetProgress(&progress);
+    const HRESULT result = file.object->GetProgress(&progress);
+    if (FAILED(result)) return result;
     BitsProgress& one = all.emplace_back();
     one.localPath = file.localPath;
     one.transferred = progress.BytesTransferred;
     if (progress.BytesTotal != BG_SIZE_UNKNOWN) one.total = progress.BytesTotal;
     one.completed = progress.Completed;
   }
-  return all;
+  return S_OK;
 }
 
 BitsFailure BitsJob::Failure() const {
@@ -206,8 +163,8 @@ BitsFailure BitsJob::Failure() const {
   return failure;
 }
 
-bool BitsJob::Redirect(const std::vector<BitsFile>& files) {
-  if (FAILED(_job->Suspend())) return false;
+bool BitsJob::Redirect(const BitsOrder& order, const std::vector<BitsFile>& files) {
+  if (FAILED(_job->Suspend()) || FAILED(Set(order))) return false;
   for (const BitsFile& file : files) {
     if (!Rename(file)) return false;
   }
@@ -226,6 +183,30 @@ bool BitsJob::Rename(const BitsFile& file) {
 
 bool BitsJob::Resume() { return SUCCEEDED(_job->Resume()); }
 
-void BitsJob::Complete() { _completed = SUCCEEDED(_job->Complete()); }
+HRESULT BitsJob::Complete() {
+  const HRESULT result = _job->Complete();
+  _over = _over || SUCCEEDED(result);
+  return result;
+}
+
+bool BitsJob::Keep() {
+  BG_JOB_STATE state;
+  if (FAILED(State(state))) return false;
+  // A job that has all its bytes rests anyway.
+  if (state != BG_JOB_STATE_TRANSFERRED) {
+    const HRESULT result = _job->Suspend();
+    if (wine::CannotRest(result)) return _over = true;
+    if (FAILED(result)) return false;
+  }
+  return _over = SUCCEEDED(SetHttp(nullptr));
+}
+
+void CancelJob(const ComPtr<IBackgroundCopyJob>& job) {
+  if (wine::IsInForce()) {
+    wine::CancelAside(job);
+  } else {
+    job->Cancel();
+  }
+}
 
 }  // namespace refhost

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/download/BitsLimits.h"
 #include "reference_host/http/HttpExchange.h"
 #include "reference_host/http/SystemError.h"
 
@@ -15,6 +16,7 @@ namespace refhost {
 namespace {
 
 constexpr unsigned long FirstTransportError = 12000;
+constexpr unsigned long RangeNotSatisfiable = 416;
 
 bool IsHttpError(unsigned long status) { return status >= 400 && status < FirstTransportError; }
 
@@ -27,15 +29,26 @@ ServerAnswer AskWith(const wchar_t* verb, const std::wstring& url, const std::ws
   const unsigned long error =
       exchange.Send({.verb = verb, .url = url, .headers = headers, .timeouts = timeouts});
   if (error != 0) return {error, std::nullopt};
-  if (exchange.Status() != HTTP_STATUS_OK) return {exchange.Status(), std::nullopt};
-  return {exchange.Status(), exchange.AnnouncedLength()};
+  switch (exchange.Status()) {
+    case HTTP_STATUS_OK:
+      return {HTTP_STATUS_OK, exchange.AnnouncedLength()};
+    case HTTP_STATUS_PARTIAL_CONTENT:
+      return {HTTP_STATUS_OK, exchange.WholeLength()};
+    case RangeNotSatisfiable:
+      // A file without a byte has no first one.
+      if (exchange.WholeLength() == 0u) return {HTTP_STATUS_OK, 0};
+      [[fallthrough]];
+    default:
+      return {exchange.Status(), std::nullopt};
+  }
 }
 
 /// Signed addresses may be good for fetching only: a server that refuses to be asked is asked for
-/// the file itself.
+/// the file itself, but for one byte of it.
 ServerAnswer Ask(const std::wstring& url, const std::wstring& headers) {
   const ServerAnswer answer = AskWith(L"HEAD", url, headers);
-  return IsHttpError(answer.status) ? AskWith(L"GET", url, headers) : answer;
+  if (!IsHttpError(answer.status)) return answer;
+  return AskWith(L"GET", url, HeadersForBits(headers) + L"Range: bytes=0-0");
 }
 
 }  // namespace

@@ -17,21 +17,63 @@
 
 using namespace refhost;
 
+namespace {
+
+/// A component's callbacks. Its DLL stays loaded as long as they may be called.
+struct Component {
+  Component(DownloadAgent::CompleteCallback onComplete, DownloadAgent::ProgressCallback onProgress,
+            DownloadAgent::ErrorCallback onError)
+      : module(AddressInModuleOf(onProgress)),
+        callbacks(std::move(onComplete), std::move(onProgress), std::move(onError)) {}
+
+  const ModuleHold module;
+  const unsigned int unloads = UnloadsOf(module.Module());  ///< so far
+  const DownloadCallbacks callbacks;
+};
+
+}  // namespace
+
 struct DownloadAgent::State {
   class Turn;
 
-  State(std::wstring jobName, DownloadCallbacks jobCallbacks)
-      : name(std::move(jobName)), callbacks(std::move(jobCallbacks)) {}
+  explicit State(std::wstring jobName) : name(std::move(jobName)) {}
 
   const std::wstring name;
-  const DownloadCallbacks callbacks;
   const HANDLE stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
   std::mutex mutex;
   std::shared_ptr<BitsDownload> running;
+  std::shared_ptr<const Component> component;  ///< null once it is stopped
+  HMODULE stopped = nullptr;                   ///< the component's DLL, when it was stopped
+  unsigned int unloads = 0;                    ///< how often that was unloaded before
 
   std::shared_ptr<BitsDownload> Running() {
     const std::lock_guard lock(mutex);
     return running;
+  }
+
+  std::shared_ptr<const Component> Current() {
+    const std::lock_guard lock(mutex);
+    return component;
+  }
+
+  /// A component that was stopped stays so, though it may ask for the service again; once its DLL
+  /// was unloaded, who asks is another.
+  void Take(std::shared_ptr<const Component> newest) {
+    const std::lock_guard lock(mutex);
+    if (stopped != nullptr && UnloadsOf(stopped) == unloads) return;
+    if (stopped != nullptr) ResetEvent(stopEvent);
+    stopped = nullptr;
+    component.swap(newest);  // the older one's DLL is let go behind the lock
+  }
+
+  void Stop() {
+    std::shared_ptr<const Component> last;
+    const std::lock_guard lock(mutex);
+    SetEvent(stopEvent);
+    if (component == nullptr) return;
+    stopped = component->module.Module();
+    unloads = component->unloads;
+    last.swap(component);
   }
 };
 
@@ -99,14 +141,19 @@ DownloadAgent* DownloadAgent::GetInstance(std::wstring jobName, CompleteCallback
                                           ProgressCallback onProgress, ErrorCallback onError) {
   static std::mutex mutex;
   static std::map<std::wstring, DownloadAgent*> agents;
-  const std::lock_guard lock(mutex);
-  DownloadAgent*& agent = agents[jobName];
-  if (agent == nullptr) {
-    PinModule();
-    agent = new DownloadAgent;
-    agent->m_pState =
-        new State(jobName, {std::move(onComplete), std::move(onProgress), std::move(onError)});
+  DownloadAgent* agent = nullptr;
+  {
+    const std::lock_guard lock(mutex);
+    DownloadAgent*& known = agents[jobName];
+    if (known == nullptr) {
+      PinModule();
+      known = new DownloadAgent;
+      known->m_pState = new State(jobName);
+    }
+    agent = known;
   }
+  agent->m_pState->Take(std::make_shared<const Component>(
+      std::move(onComplete), std::move(onProgress), std::move(onError)));
   return agent;
 }
 
@@ -127,10 +174,12 @@ bool DownloadAgent::DownloadFiles(std::wstring jobName, bool uploads, FileMap fi
   if (!WaitForLease(folder, m_pState->stopEvent, cancelHandle)) return false;
   // Who had it before us has deleted its folder.
   if (!FileSystem::createDirectory(folder, true)) return false;
+  const std::shared_ptr<const Component> component = m_pState->Current();
+  if (component == nullptr) return false;
   const auto download = std::make_shared<BitsDownload>(
       DownloadOrder{jobName, std::move(files), std::move(headers), Priority(priority), cancelHandle,
                     m_pState->stopEvent},
-      m_pState->callbacks);
+      component->callbacks);
   const State::Turn turn(*m_pState, download);
   if (!turn.IsTaken()) {
     LogError(L"a download of the job " + jobName + L" is running already");
@@ -153,7 +202,7 @@ bool DownloadAgent::ResumeDownload(std::wstring jobName, FileMap files) try {
 }
 
 void DownloadAgent::CleanUp() {
-  SetEvent(m_pState->stopEvent);
-  // The suite has no other word of its host's end.
+  m_pState->Stop();
+  // Nobody else may tell the suite of its host's end.
   RunningWork::StopAll();
 }

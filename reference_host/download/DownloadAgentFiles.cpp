@@ -4,9 +4,9 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Log.h"
-#include "reference_host/base/Handle.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/download/BitsLimits.h"
 
 namespace refhost {
 
@@ -16,52 +16,7 @@ namespace {
 /// does not keep a download alive for ever.
 constexpr int MaxRenewals = 3;
 
-HRESULT LastError() { return HRESULT_FROM_WIN32(GetLastError()); }
-
-BitsFailure FailureOf(const DownloadFile& file, BG_ERROR_CONTEXT context, HRESULT code) {
-  return FailureWith(context, code, file.PartPath());
-}
-
-std::optional<std::uint64_t> SizeOnDisk(const std::wstring& path) {
-  WIN32_FILE_ATTRIBUTE_DATA data;
-  if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
-  return std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
-}
-
-/// @return the failure when a file that has arrived is not what was announced.
-std::optional<BitsFailure> CheckLength(const DownloadFile& file, std::uint64_t size) {
-  if (!file.length || size == *file.length) return std::nullopt;
-  // A reply that is whole by its own account is another one than the file: an error page, say.
-  if (size == file.jobsLength) return FailureOf(file, BG_ERROR_CONTEXT_REMOTE_FILE, OtherAnswer);
-  return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_TRANSPORT,
-                   size < *file.length ? TruncatedFile : OverlongFile);
-}
-
-std::optional<BitsFailure> PlaceOne(const DownloadFile& file) {
-  const std::wstring part = file.PartPath();
-  const std::optional<std::uint64_t> size = SizeOnDisk(part);
-  if (!size) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
-  if (std::optional<BitsFailure> failure = CheckLength(file, *size)) {
-    DeleteFileW(part.c_str());
-    return failure;
-  }
-  constexpr DWORD Flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-  if (MoveFileExW(part.c_str(), file.path.c_str(), Flags)) return std::nullopt;
-  return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, LastError());
-}
-
-/// @return S_OK, or why the file will not get to its place.
-HRESULT ClearPlace(const DownloadFile& file) {
-  const std::wstring part = file.PartPath();
-  if (!DeleteFileW(part.c_str()) && GetLastError() != ERROR_FILE_NOT_FOUND) return LastError();
-  // Somebody may have it open still and let it be deleted: the name goes only with the last handle.
-  if (SizeOnDisk(part)) return HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
-  // A file that somebody has open cannot be replaced.
-  constexpr DWORD Sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const Handle older(
-      CreateFileW(file.path.c_str(), DELETE, Sharing, nullptr, OPEN_EXISTING, 0, nullptr));
-  return older || GetLastError() == ERROR_FILE_NOT_FOUND ? S_OK : LastError();
-}
+using FilePlace::FailureOf;
 
 }  // namespace
 
@@ -70,6 +25,7 @@ DownloadFileSet::DownloadFileSet(const DownloadAgent::FileMap& files) {
     DownloadFile& file = _files.emplace_back();
     file.url = url;
     file.path = path;
+    file.part = FilePlace::PartOf(path);
   }
 }
 
@@ -80,23 +36,53 @@ bool DownloadFileSet::IsFinished() const {
 std::vector<BitsFile> DownloadFileSet::Unfinished() const {
   std::vector<BitsFile> unfinished;
   for (const DownloadFile& file : _files) {
-    if (!file.finished) unfinished.push_back({file.url, file.PartPath()});
+    if (!file.finished) unfinished.push_back({file.url, file.part});
   }
   return unfinished;
 }
 
-std::vector<BitsFile> DownloadFileSet::TakeRenewed() {
+std::vector<BitsFile> DownloadFileSet::Renewed() const {
   std::vector<BitsFile> renewed;
-  for (DownloadFile& file : _files) {
-    if (file.renewed) renewed.push_back({file.url, file.PartPath()});
-    file.renewed = false;
+  for (const DownloadFile& file : _files) {
+    if (file.renewed && !file.finished) renewed.push_back({file.url, file.part});
   }
   return renewed;
 }
 
+void DownloadFileSet::ForgetRenewed() {
+  for (DownloadFile& file : _files) file.renewed = false;
+}
+
+void DownloadFileSet::TakeUp(const std::vector<BitsFile>& jobsFiles) {
+  for (DownloadFile& file : _files) {
+    file.renewed = std::any_of(jobsFiles.begin(), jobsFiles.end(), [&](const BitsFile& jobs) {
+      return jobs.localPath == file.part && jobs.url != file.url;
+    });
+  }
+}
+
+void DownloadFileSet::BeginAnew() {
+  ForgetRenewed();
+  for (DownloadFile& file : _files) {
+    if (!file.finished) file.transferred = 0;
+  }
+}
+
+std::optional<BitsFailure> DownloadFileSet::FindBeyondBits() const {
+  for (const DownloadFile& file : _files) {
+    if (!IsPathForBits(file.part)) {
+      return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, TooLongAName);
+    }
+    if (!IsAddressForBits(file.url)) {
+      return FailureOf(file, BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, TooLongAName);
+    }
+  }
+  return std::nullopt;
+}
+
 DownloadFile& DownloadFileSet::FailingFile(const BitsFailure& failure) {
   const auto named = std::find_if(_files.begin(), _files.end(), [&](const DownloadFile& file) {
-    return !file.finished && file.PartPath() == failure.localPath;
+    return !file.finished && file.part == failure.localPath;
   });
   if (named != _files.end()) return *named;
   const auto missing = std::find_if(_files.begin(), _files.end(),
@@ -112,7 +98,7 @@ std::optional<BitsFailure> DownloadFileSet::Learn(const BitsProbe& probe) {
     file.length = answer.length;
     std::optional<BitsFailure> refusal = answer.Refusal();
     if (!refusal || first) continue;
-    refusal->localPath = file.PartPath();
+    refusal->localPath = file.part;
     first = refusal;
   }
   return first;
@@ -123,7 +109,7 @@ std::optional<BitsFailure> DownloadFileSet::TransportFailure(const BitsProbe& pr
     std::optional<BitsFailure> failure;
     if (!file.finished) failure = probe.AnswerFor(file.url).TransportFailure();
     if (!failure) continue;
-    failure->localPath = file.PartPath();
+    failure->localPath = file.part;
     return failure;
   }
   return std::nullopt;
@@ -132,7 +118,7 @@ std::optional<BitsFailure> DownloadFileSet::TransportFailure(const BitsProbe& pr
 void DownloadFileSet::Update(const std::vector<BitsProgress>& progress) {
   for (DownloadFile& file : _files) {
     const auto found = std::find_if(progress.begin(), progress.end(), [&](const BitsProgress& one) {
-      return one.localPath == file.PartPath();
+      return one.localPath == file.part;
     });
     if (file.finished || found == progress.end()) continue;
     file.transferred = found->transferred;
@@ -173,20 +159,19 @@ std::optional<BitsFailure> DownloadFileSet::FindNoRoom() const {
   return std::nullopt;
 }
 
-std::optional<BitsFailure> DownloadFileSet::ClearPlaces() const {
+std::optional<BitsFailure> DownloadFileSet::ClearPlaces(const Wait& wait) const {
   for (const DownloadFile& file : _files) {
     if (file.finished) continue;
-    const HRESULT result = ClearPlace(file);
-    if (FAILED(result)) return FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
+    if (std::optional<BitsFailure> failure = FilePlace::Clear(file, wait)) return failure;
   }
   return std::nullopt;
 }
 
-std::optional<BitsFailure> DownloadFileSet::Place() {
+std::optional<BitsFailure> DownloadFileSet::Place(const Wait& wait) {
   std::optional<BitsFailure> first;
   for (DownloadFile& file : _files) {
     if (file.finished || !file.arrived) continue;
-    const std::optional<BitsFailure> failure = PlaceOne(file);
+    const std::optional<BitsFailure> failure = FilePlace::Fill(file, wait);
     file.finished = !failure;
     file.arrived = false;
     if (!first) first = failure;
@@ -209,6 +194,8 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
     refusal = L"no unfinished file has this name";
   } else if (!IsAllowedUrl(url)) {
     refusal = L"neither https nor a loopback address";
+  } else if (!IsAddressForBits(url)) {
+    refusal = L"BITS takes none that is so long";
   } else if (found->renewals >= MaxRenewals) {
     refusal = L"it had its share of new addresses";
   }
@@ -226,8 +213,9 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
 
 void DownloadFileSet::RemoveParts() const {
   for (const DownloadFile& file : _files) {
-    if (!file.finished) DeleteFileW(file.PartPath().c_str());
+    if (!file.finished) DeleteFileW(file.part.c_str());
   }
+  RemoveDirectoryW(FilePlace::ArrivalFolder().c_str());
 }
 
 DownloadProgressDetail DownloadFileSet::Total() const {

@@ -11,31 +11,16 @@
 #include "reference_host/download/BitsFailure.h"
 #include "reference_host/download/BitsJob.h"
 #include "reference_host/download/BitsProbe.h"
+#include "reference_host/download/FilePlace.h"
 
 namespace refhost {
-
-/// One file of a download and how far it is.
-struct DownloadFile {
-  std::wstring url;
-  std::wstring path;
-  std::optional<std::uint64_t> length;      ///< as announced before the transfer, in bytes
-  std::optional<std::uint64_t> jobsLength;  ///< as the transfer's own reply has announced it
-  std::uint64_t transferred = 0;
-  bool arrived = false;   ///< the job has it, its length is still to be checked
-  bool finished = false;  ///< whole and in its place
-  int retries = 0;
-  int renewals = 0;
-  bool renewed = false;  ///< since the job was last told its address
-
-  /// Where the job writes: the final name appears only once the file is known to be whole, so that
-  /// nobody takes a piece of it for the file.
-  std::wstring PartPath() const { return path + L".part"; }
-};
 
 /// The files of one download, across all the jobs that it takes. Not guarded: used by one thread at
 /// a time.
 class DownloadFileSet {
  public:
+  using Wait = FilePlace::Wait;
+
   explicit DownloadFileSet(const DownloadAgent::FileMap& files);
 
   bool IsFinished() const;
@@ -43,8 +28,18 @@ class DownloadFileSet {
   /// @return what a job still has to fetch.
   std::vector<BitsFile> Unfinished() const;
 
-  /// @return the files whose address has changed since the last call.
-  std::vector<BitsFile> TakeRenewed();
+  /// @return the unfinished files whose address has changed since the last `ForgetRenewed`.
+  std::vector<BitsFile> Renewed() const;
+  void ForgetRenewed();
+
+  /// Takes note that a job of these files and addresses is to go on.
+  void TakeUp(const std::vector<BitsFile>& jobsFiles);
+
+  /// Takes note that a new job fetches what is unfinished, from the first byte on.
+  void BeginAnew();
+
+  /// @return the failure of a file that BITS takes no job for: its names are too long.
+  std::optional<BitsFailure> FindBeyondBits() const;
 
   /// @return the file that a failure is about: the first unfinished one when the failure does not
   /// say. There is a file.
@@ -73,18 +68,18 @@ class DownloadFileSet {
   /// Removes what a process that died has left in the unfinished files' places.
   /// @return the failure when one of the places cannot be written to: better known before a
   /// transfer than behind it.
-  std::optional<BitsFailure> ClearPlaces() const;
+  std::optional<BitsFailure> ClearPlaces(const Wait& wait) const;
 
   /// Puts what has arrived into its place; the job that brought it is completed.
   /// @return the first failure: a file that was cut off, or that could not be put there.
-  std::optional<BitsFailure> Place();
+  std::optional<BitsFailure> Place(const Wait& wait);
 
   /// Takes new addresses from file name to URL, for unfinished files only and for each a bounded
   /// number of times.
   /// @return true when every one of them was taken.
   bool Renew(const DownloadAgent::FileMap& addresses);
 
-  /// Removes what unfinished files have left.
+  /// Removes what unfinished files have left, and the folder that they were to arrive in.
   void RemoveParts() const;
 
   /// @return the sum; its total of bytes is BG_SIZE_UNKNOWN while a length is not known.

@@ -3,8 +3,8 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/MemberName.h"
-#include "reference_host/files/PathBelow.h"
 
 namespace refhost {
 

@@ -4,7 +4,8 @@
 
 #include "host/common/Log.h"
 #include "reference_host/files/FolderCreation.h"
-#include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/FolderHolds.h"
+#include "reference_host/files/HeldFolder.h"
 #include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/LongPath.h"
 
@@ -20,17 +21,21 @@ bool IsLink(DWORD attributes) {
 
 bool IsPlainFolder(DWORD attributes) { return IsFolder(attributes) && !IsLink(attributes); }
 
+/// @return true when nothing of that name is left; else GetLastError tells why.
 bool Delete(const std::wstring& path, bool recursive);
 
-void DeleteContents(const std::wstring& folder) {
+/// @return true when nothing is left in the folder.
+bool DeleteContents(const std::wstring& folder) {
   WIN32_FIND_DATAW entry{};
   const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-  if (search == INVALID_HANDLE_VALUE) return;
+  if (search == INVALID_HANDLE_VALUE) return false;
+  bool empty = true;
   do {
     const std::wstring name = entry.cFileName;
-    if (name != L"." && name != L"..") Delete(folder + L"\\" + name, true);
+    if (name != L"." && name != L".." && !Delete(folder + L"\\" + name, true)) empty = false;
   } while (FindNextFileW(search, &entry));
   FindClose(search);
+  return empty;
 }
 
 bool Delete(const std::wstring& path, bool recursive) {
@@ -43,6 +48,30 @@ bool Delete(const std::wstring& path, bool recursive) {
       IsFolder(attributes) ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str());
   const DWORD error = deleted ? ERROR_SUCCESS : GetLastError();
   return deleted || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
+/// @param held in, the folder itself, since a link could take its place while it is being emptied;
+/// out, let go of.
+bool DeleteFolder(const std::wstring& name, refhost::HeldFolder& held) {
+  refhost::ReleaseFolders(name, false);
+  if (!DeleteContents(name)) return false;
+  held.Leave();
+  refhost::ReleaseFolders(name, true);
+  // Another host may hold it, and finds nothing in it any more.
+  return Delete(name, false) || GetLastError() == ERROR_SHARING_VIOLATION;
+}
+
+bool DeleteJudged(const std::wstring& path, bool recursive) {
+  const std::wstring name = refhost::LongPath(path);
+  if (!recursive || !IsPlainFolder(GetFileAttributesW(name.c_str()))) {
+    return Delete(name, recursive);
+  }
+  refhost::HeldFolder held;
+  if (const std::wstring refusal = held.Enter(name, nullptr); !refusal.empty()) {
+    ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
+    return false;
+  }
+  return DeleteFolder(name, held);
 }
 
 }  // namespace
@@ -58,8 +87,9 @@ bool FileSystem::createDirectory(const std::wstring& path, bool restricted) {
 /// What lies in the folder of another process's installation is that installation's alone.
 bool FileSystem::fileExists(const std::wstring& path) {
   if (refhost::InstallationLease::OtherHolderOf(path)) return false;
-  const DWORD attributes = GetFileAttributesW(refhost::LongPath(path).c_str());
-  return IsThere(attributes) && !IsFolder(attributes);
+  const std::wstring name = refhost::LongPath(path);
+  const DWORD attributes = GetFileAttributesW(name.c_str());
+  return IsThere(attributes) && !IsFolder(attributes) && refhost::CountsAsThere(name);
 }
 
 bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive) {
@@ -69,15 +99,7 @@ bool FileSystem::deleteDirectoryOrFile(const std::wstring& path, bool recursive)
                  refhost::InstallationLease::Description(*other).c_str());
     return false;
   }
-  const std::wstring name = refhost::LongPath(path);
-  if (recursive && IsPlainFolder(GetFileAttributesW(name.c_str()))) {
-    // Its owner could put a link into a folder's place while the folder is being emptied.
-    if (const std::wstring refusal = refhost::RefusalOfFolder(name); !refusal.empty()) {
-      ZLT::g_log.e(L"FileSystem: %s is not deleted: %s", path.c_str(), refusal.c_str());
-      return false;
-    }
-  }
-  const bool deleted = Delete(name, recursive);
+  const bool deleted = DeleteJudged(path, recursive);
   refhost::InstallationLease::ReleaseWith(path);
   return deleted;
 }

@@ -5,6 +5,7 @@
 #include "reference_host/base/Handle.h"
 #include "reference_host/files/FolderOwner.h"
 #include "reference_host/files/LongPath.h"
+#include "reference_host/files/ProgramData.h"
 
 namespace refhost {
 
@@ -27,12 +28,7 @@ std::wstring NearestOf(std::wstring path) {
 }
 
 std::wstring RefusalToWrite(const std::wstring& folder) {
-  const std::wstring name = NameOf(folder);
-  // Of a file, the right that is asked for below would be another one.
-  if ((GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-    return folder + L" is a file";
-  }
-  const Handle opened(CreateFileW(name.c_str(), FILE_ADD_FILE | FILE_ADD_SUBDIRECTORY,
+  const Handle opened(CreateFileW(NameOf(folder).c_str(), FILE_ADD_FILE | FILE_ADD_SUBDIRECTORY,
                                   FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                   OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   if (opened) return {};
@@ -44,8 +40,12 @@ std::wstring RefusalToWrite(const std::wstring& folder) {
 std::wstring RefusalToUseFolder(const std::wstring& folder) {
   const std::wstring nearest = NearestOf(folder);
   if (nearest.empty()) return L"its drive is not there";
-  const std::wstring refusal = nearest == folder ? RefusalOfFolder(folder) : L"";
-  return refusal.empty() ? RefusalToWrite(nearest) : refusal;
+  // The drive's root and ProgramData are the system's.
+  const bool isSystems =
+      nearest.ends_with(L':') || IsBelow(LongPath(ProgramDataFolder()) + L"\\", LongPath(nearest));
+  const std::wstring refusal = isSystems ? L"" : RefusalOfFolder(nearest);
+  if (refusal.empty()) return RefusalToWrite(nearest);
+  return nearest == folder ? refusal : nearest + L": " + refusal;
 }
 
 std::optional<std::uint64_t> FreeBytesFor(const std::wstring& folder) {

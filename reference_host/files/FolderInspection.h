@@ -9,7 +9,8 @@
 namespace refhost {
 
 /// Judges, without changing anything, whether this process's user can make a folder and write to
-/// it, or to the one that is there already (by `RefusalOfFolder`).
+/// it, or to the one that is there already; that one, or the nearest parent that is there, is
+/// judged as `RefusalOfFolder` does.
 /// @param folder in, full path without a trailing backslash.
 /// @return what is in the way (a phrase), empty when nothing is.
 std::wstring RefusalToUseFolder(const std::wstring& folder);

@@ -11,7 +11,7 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/files/FolderCreation.h"
-#include "reference_host/files/PathBelow.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/ProgramData.h"
 
 namespace refhost::InstallationLease {
@@ -21,7 +21,10 @@ namespace {
 /// More than a record ever needs: paths have 32,767 characters at most.
 constexpr DWORD MaxRecordBytes = 256 << 10;
 
-std::wstring FileName() { return ProgramDataFolder() + L"\\installation.lease"; }
+/// Where the suite keeps what is the machine's.
+std::wstring SuiteFolder() { return ProgramDataFolder() + L"\\Tolmar"; }
+
+std::wstring FileName() { return SuiteFolder() + L"\\installation.lease"; }
 
 /// The lease, while this process has it.
 struct Held {
@@ -111,8 +114,8 @@ Answer Take(const std::wstring& folder, std::wstring& why) {
   Held& held = TheHeld();
   const std::scoped_lock lock(held.mutex);
   if (held.file) return Answer::Taken;
-  if (const std::wstring refusal = CreateFolder(ProgramDataFolder(), true); !refusal.empty()) {
-    why = ProgramDataFolder() + L" is refused: " + refusal;
+  if (const std::wstring refusal = CreateFolder(SuiteFolder(), true); !refusal.empty()) {
+    why = SuiteFolder() + L" is refused: " + refusal;
     return Answer::Refused;
   }
   Handle file = OpenToHold();

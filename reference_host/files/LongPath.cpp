@@ -1,5 +1,7 @@
 #include "reference_host/files/LongPath.h"
 
+#include <windows.h>
+
 #include <algorithm>
 
 namespace refhost {
@@ -10,6 +12,17 @@ std::wstring LongPath(std::wstring path) {
   if (drive) path.insert(0, L"\\\\?\\");
   while (path.size() > 1 && path.ends_with(L'\\')) path.pop_back();
   return path;
+}
+
+std::wstring FolderOf(const std::wstring& path) {
+  const std::size_t end = path.find_last_of(L'\\');
+  return end == std::wstring::npos ? std::wstring() : path.substr(0, end);
+}
+
+bool IsBelow(const std::wstring& path, const std::wstring& folder) {
+  const int length = static_cast<int>(folder.size());
+  return path.size() > folder.size() && path[folder.size()] == L'\\' &&
+         CompareStringOrdinal(path.c_str(), length, folder.c_str(), length, TRUE) == CSTR_EQUAL;
 }
 
 }  // namespace refhost

@@ -7,13 +7,15 @@
 
 namespace refhost {
 
-/// Asks the system, not the environment, which the one who starts the host may set.
-std::wstring ProgramDataFolder() {
-  wchar_t* found = nullptr;
-  std::wstring base = L"C:\\ProgramData";
-  if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &found))) base = found;
-  CoTaskMemFree(found);
-  return base + L"\\Tolmar";
+const std::wstring& ProgramDataFolder() {
+  static const std::wstring folder = [] {
+    wchar_t* found = nullptr;
+    std::wstring path = L"C:\\ProgramData";
+    if (SUCCEEDED(SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &found))) path = found;
+    CoTaskMemFree(found);
+    return path;
+  }();
+  return folder;
 }
 
 }  // namespace refhost

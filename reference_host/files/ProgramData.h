@@ -4,8 +4,8 @@
 
 namespace refhost {
 
-/// @return the suite's own folder on this machine, "Tolmar" below the machine's ProgramData folder,
-/// without a trailing backslash. It need not exist.
-std::wstring ProgramDataFolder();
+/// @return the folder for what programs keep for all users, without a trailing backslash. The
+/// system is asked, not the environment, which the one who starts the host may set.
+const std::wstring& ProgramDataFolder();
 
 }  // namespace refhost

@@ -1,8 +1,11 @@
 #include "reference_host/http/HttpExchange.h"
 
 #include <array>
+#include <atomic>
 #include <cwchar>
 
+#include "reference_host/base/ModulePin.h"
+#include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
@@ -11,19 +14,34 @@ namespace {
 
 constexpr const wchar_t* SuiteAgent = L"TolmarHost/1.0";
 
-HINTERNET OpenSession() {
-  // The machine's own proxy settings; systems before 8.1 know only the older way to ask for them.
-  HINTERNET session = WinHttpOpen(SuiteAgent, WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
-                                  WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0);
-  if (session == nullptr) {
-    session = WinHttpOpen(SuiteAgent, WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME,
-                          WINHTTP_NO_PROXY_BYPASS, 0);
-  }
+std::atomic<RefusalObserver> refusalObserver{nullptr};
+
+/// A system that does not know TLS 1.3 refuses the option as a whole. One that knows it but has it
+/// switched off negotiates 1.2.
+void ChooseProtocols(HINTERNET session) {
   DWORD protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2 | WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_3;
-  if (!WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols)) {
-    protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
-    WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
+  if (WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols)) {
+    return;
   }
+  protocols = WINHTTP_FLAG_SECURE_PROTOCOL_TLS1_2;
+  WinHttpSetOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
+}
+
+HINTERNET OpenWith(DWORD access, const std::wstring& proxy) {
+  return proxy.empty()
+             ? WinHttpOpen(SuiteAgent, access, WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0)
+             : WinHttpOpen(SuiteAgent, WINHTTP_ACCESS_TYPE_NAMED_PROXY, proxy.c_str(),
+                           LoopbackHosts, 0);
+}
+
+HINTERNET OpenSession() {
+  // WinHTTP has threads and connections from now on, so it must not be unloaded with this DLL.
+  PinModule();
+  // The machine's own proxy settings; systems before 8.1 know only the older way to ask for them.
+  const std::wstring& proxy = Settings().proxy;
+  HINTERNET session = OpenWith(WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY, proxy);
+  if (session == nullptr) session = OpenWith(WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, proxy);
+  ChooseProtocols(session);
   return session;
 }
 
@@ -75,20 +93,19 @@ bool Prepare(HINTERNET request, const HttpCall& call, const std::wstring& host) 
          AddHeaders(request, agent);
 }
 
-/// Called when a connection is made; not when an idle one is used again.
-void CALLBACK NoteNewConnection(HINTERNET, DWORD_PTR madeAnew, DWORD, void*, DWORD) {
-  *reinterpret_cast<bool*>(madeAnew) = true;
-}
-
-/// @param madeAnew out, whether a connection was made for it; until the request is closed.
-bool Transmit(HINTERNET request, std::string_view body, bool& madeAnew) {
-  madeAnew = false;
-  WinHttpSetStatusCallback(request, &NoteNewConnection, WINHTTP_CALLBACK_FLAG_CONNECT_TO_SERVER, 0);
+bool Transmit(HINTERNET request, std::string_view body) {
   const auto length = static_cast<DWORD>(body.size());
   void* bytes = body.empty() ? WINHTTP_NO_REQUEST_DATA : const_cast<char*>(body.data());
-  return WinHttpSendRequest(request, WINHTTP_NO_ADDITIONAL_HEADERS, 0, bytes, length, length,
-                            reinterpret_cast<DWORD_PTR>(&madeAnew)) &&
+  return WinHttpSendRequest(request, WINHTTP_NO_ADDITIONAL_HEADERS, 0, bytes, length, length, 0) &&
          WinHttpReceiveResponse(request, nullptr);
+}
+
+/// A server may ask for a certificate of the client's and do without. @return true when the request
+/// is ready to be sent without one.
+bool DeclineCertificate(HINTERNET request) {
+  return GetLastError() == ERROR_WINHTTP_CLIENT_AUTH_CERT_NEEDED &&
+         WinHttpSetOption(request, WINHTTP_OPTION_CLIENT_CERT_CONTEXT,
+                          WINHTTP_NO_CLIENT_CERT_CONTEXT, 0);
 }
 
 bool ReadStatus(HINTERNET request, unsigned long& status) {
@@ -100,6 +117,13 @@ bool ReadStatus(HINTERNET request, unsigned long& status) {
   return read;
 }
 
+std::optional<std::uint64_t> ParseLength(const std::wstring& text) {
+  wchar_t* end = nullptr;
+  const std::uint64_t length = std::wcstoull(text.c_str(), &end, 10);
+  if (end == text.c_str() || *end != L'\0') return std::nullopt;
+  return length;
+}
+
 /// @return the last error, never 0.
 unsigned long LastError() {
   const unsigned long error = GetLastError();
@@ -109,58 +133,58 @@ unsigned long LastError() {
 
 }  // namespace
 
+void ObserveRefusals(RefusalObserver observer) { refusalObserver = observer; }
+
 unsigned long HttpExchange::Send(const HttpCall& call) {
   Url url;
   if (!ParseUrl(call.url, url)) return ERROR_WINHTTP_INVALID_URL;
   if (!IsAllowedUrl(call.url)) return ERROR_WINHTTP_UNRECOGNIZED_SCHEME;
   _connection.reset(WinHttpConnect(Session(), url.host.c_str(), url.port, 0));
   if (!_connection) return LastError();
-  const unsigned long error = SendOnce(call, url);
-  if (!wine::IsInForce()) return error;
-  return wine::SendOverIdleConnections(error, [&]() -> std::optional<unsigned long> {
-    if (_madeAnew) return std::nullopt;
-    return SendOnce(call, url);
-  });
-}
-
-unsigned long HttpExchange::SendOnce(const HttpCall& call, const Url& url) {
-  _madeAnew = true;
   _request.reset(WinHttpOpenRequest(_connection.get(), call.verb, url.pathAndQuery.c_str(), nullptr,
                                     WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES,
                                     url.secure ? WINHTTP_FLAG_SECURE : 0));
-  const bool answered = _request && Prepare(_request.get(), call, url.host) &&
-                        Transmit(_request.get(), call.body, _madeAnew) &&
-                        ReadStatus(_request.get(), _status);
-  return answered ? 0 : LastError();
+  HINTERNET request = _request.get();
+  if (request == nullptr || !Prepare(request, call, url.host)) return LastError();
+  const bool answered =
+      Transmit(request, call.body) || (DeclineCertificate(request) && Transmit(request, call.body));
+  if (!answered || !ReadStatus(request, _status)) return LastError();
+  const RefusalObserver observer = refusalObserver;
+  if (_status == HTTP_STATUS_DENIED && observer != nullptr) observer(call.headers);
+  return 0;
+}
+
+std::optional<std::int64_t> HttpExchange::ServerTime() const {
+  constexpr std::int64_t SecondsBefore1970 = 11644473600;  // since the year 1601
+  SYSTEMTIME time{};
+  FILETIME ticks{};
+  DWORD size = sizeof time;
+  const bool told =
+      WinHttpQueryHeaders(_request.get(), WINHTTP_QUERY_DATE | WINHTTP_QUERY_FLAG_SYSTEMTIME,
+                          WINHTTP_HEADER_NAME_BY_INDEX, &time, &size, WINHTTP_NO_HEADER_INDEX);
+  if (!told || !SystemTimeToFileTime(&time, &ticks)) return std::nullopt;
+  const auto high = static_cast<std::int64_t>(ticks.dwHighDateTime);
+  return (high << 32 | ticks.dwLowDateTime) / 10'000'000 - SecondsBefore1970;
+}
+
+/// @param which in, WinHTTP's number of a header. @return its text, empty when there is none.
+std::wstring HttpExchange::Header(unsigned long which) const {
+  std::array<wchar_t, 64> text{};
+  DWORD size = sizeof text;
+  const BOOL found = WinHttpQueryHeaders(_request.get(), which, WINHTTP_HEADER_NAME_BY_INDEX,
+                                         text.data(), &size, WINHTTP_NO_HEADER_INDEX);
+  return found ? text.data() : std::wstring();
 }
 
 std::optional<std::uint64_t> HttpExchange::AnnouncedLength() const {
-  std::array<wchar_t, 32> text{};
-  DWORD size = sizeof text;
-  if (!WinHttpQueryHeaders(_request.get(), WINHTTP_QUERY_CONTENT_LENGTH,
-                           WINHTTP_HEADER_NAME_BY_INDEX, text.data(), &size,
-                           WINHTTP_NO_HEADER_INDEX)) {
-    return std::nullopt;
-  }
-  wchar_t* end = text.data();
-  const std::uint64_t length = std::wcstoull(text.data(), &end, 10);
-  if (end == text.data() || *end != L'\0') return std::nullopt;
-  return length;
+  return ParseLength(Header(WINHTTP_QUERY_CONTENT_LENGTH));
 }
 
-std::optional<std::int64_t> HttpExchange::Date() const {
-  constexpr std::int64_t TicksPerSecond = 10'000'000;
-  constexpr std::int64_t SecondsFrom1601To1970 = 11'644'473'600;
-  SYSTEMTIME date{};
-  DWORD size = sizeof date;
-  FILETIME ticks{};
-  if (!WinHttpQueryHeaders(_request.get(), WINHTTP_QUERY_DATE | WINHTTP_QUERY_FLAG_SYSTEMTIME,
-                           WINHTTP_HEADER_NAME_BY_INDEX, &date, &size, WINHTTP_NO_HEADER_INDEX) ||
-      !SystemTimeToFileTime(&date, &ticks)) {
-    return std::nullopt;
-  }
-  const std::int64_t all = std::int64_t{ticks.dwHighDateTime} << 32 | ticks.dwLowDateTime;
-  return all / TicksPerSecond - SecondsFrom1601To1970;
+std::optional<std::uint64_t> HttpExchange::WholeLength() const {
+  const std::wstring range = Header(WINHTTP_QUERY_CONTENT_RANGE);
+  const std::size_t slash = range.find(L'/');
+  if (slash == std::wstring::npos) return std::nullopt;
+  return ParseLength(range.substr(slash + 1));
 }
 
 unsigned long HttpExchange::ReadBody(const HttpLimits& limits, const Sink& sink) const {

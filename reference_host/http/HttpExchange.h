@@ -24,7 +24,7 @@ struct HttpCall {
   std::wstring headers;  ///< lines separated by CR LF; the last needs none
   std::string_view body{};
   std::wstring userAgent{};  ///< empty: the suite's own
-  std::wstring proxy{};      ///< empty: the machine's settings
+  std::wstring proxy{};      ///< empty: the configuration's, else the machine's settings
   ZLT::HttpTimeouts timeouts = ZLT::HttpTimeouts::DEFAULT;
 };
 
@@ -34,8 +34,15 @@ struct HttpLimits {
   std::chrono::milliseconds maxDuration = std::chrono::hours(24);
 };
 
+/// Is told the headers of a request that was answered with status 401. Any thread; does not throw.
+using RefusalObserver = void (*)(const std::wstring& headers);
+
+/// Has all such requests of the process told to `observer` from now on, and to no other.
+void ObserveRefusals(RefusalObserver observer);
+
 /// One request and its reply over the process's one WinHTTP session. Redirects are not followed and
-/// no cookies or logon data are sent: what the headers carry reaches the host of the URL only. One
+/// no cookies or logon data are sent: what the headers carry reaches the host of the URL only.
+/// Nothing is sent a second time but for a server that had asked for a client's certificate. One
 /// thread; errors are WinHTTP's numbers, 0 for none.
 class HttpExchange {
  public:
@@ -52,11 +59,15 @@ class HttpExchange {
   /// @return the reply's HTTP status; 0 before `Send` has succeeded.
   unsigned long Status() const { return _status; }
 
+  /// @return the reply's `Date`, in seconds since 1970-01-01 00:00 UTC; nothing when there is none.
+  std::optional<std::int64_t> ServerTime() const;
+
   /// @return the announced length of the body; nothing when none was announced.
   std::optional<std::uint64_t> AnnouncedLength() const;
 
-  /// @return the server's time, in seconds since 1970-01-01 00:00 UTC; nothing when it told none.
-  std::optional<std::int64_t> Date() const;
+  /// @return the length of the whole file that a part was asked of (statuses 206 and 416); nothing
+  /// when the reply does not tell it.
+  std::optional<std::uint64_t> WholeLength() const;
 
   /// Receives the body. One that ends before its announced length is an error (12030, the
   /// connection broke), as is one over the limits (12184 too long, 12002 too slow).
@@ -68,9 +79,8 @@ class HttpExchange {
   };
   using Handle = std::unique_ptr<void, Closer>;
 
-  unsigned long SendOnce(const HttpCall& call, const Url& url);
+  std::wstring Header(unsigned long which) const;
 
-  bool _madeAnew = false;  ///< outlives the request, which writes it
   Handle _connection;
   Handle _request;
   unsigned long _status = 0;

@@ -40,6 +40,15 @@ bool ReadJson(const std::string& text, Json::Value& value) try {
   return false;  // nested too deeply
 }
 
+/// @return a time of the token's payload; nothing when it is none.
+std::optional<std::int64_t> TimeIn(const Json::Value& payload, const char* claim) {
+  const Json::Value& time = payload[claim];
+  // A fraction of a second is allowed; a number that no calendar knows is not.
+  constexpr double Limit = 1e15;
+  if (!time.isNumeric() || time.asDouble() < 0 || time.asDouble() > Limit) return std::nullopt;
+  return static_cast<std::int64_t>(time.asDouble());
+}
+
 }  // namespace
 
 bool IsJwt(const std::string& jwt) {
@@ -50,20 +59,23 @@ bool IsJwt(const std::string& jwt) {
          std::all_of(jwt.begin(), jwt.end(), [](char c) { return c == '.' || DigitValue(c) >= 0; });
 }
 
-std::optional<std::int64_t> JwtExpiry(const std::string& jwt) {
+std::optional<JwtTimes> TimesOf(const std::string& jwt) {
   if (!IsJwt(jwt)) return std::nullopt;
   const std::size_t first = jwt.find('.') + 1;
   Json::Value payload;
   if (!ReadJson(DecodeBase64Url(jwt.substr(first, jwt.find('.', first) - first)), payload)) {
     return std::nullopt;
   }
-  const Json::Value& expiry = payload["exp"];
-  // A fraction of a second is allowed; a number that no calendar knows is not.
-  constexpr double Limit = 1e15;
-  if (!expiry.isNumeric() || expiry.asDouble() < 0 || expiry.asDouble() > Limit) {
-    return std::nullopt;
-  }
-  return static_cast<std::int64_t>(expiry.asDouble());
+  const std::optional<std::int64_t> expiry = TimeIn(payload, "exp");
+  if (!expiry) return std::nullopt;
+  return JwtTimes{*expiry, TimeIn(payload, "iat")};
+}
+
+std::int64_t SecondsLeft(const JwtTimes& times, std::optional<std::int64_t> serverTime,
+                         std::int64_t ownTime) {
+  if (!times.issued && !serverTime) return times.expiry - ownTime;
+  // The later of the two: the token may be older than the exchange that brought it.
+  return times.expiry - std::max(times.issued.value_or(0), serverTime.value_or(0));
 }
 
 std::string JwtOfReply(const std::string& reply) {

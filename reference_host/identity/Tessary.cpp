@@ -2,55 +2,23 @@
 
 #include <windows.h>
 
-#include <ctime>
-#include <mutex>
-
 #include "host/common/Log.h"
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
-#include "reference_host/identity/JwtExpiry.h"
-#include "reference_host/identity/TokenExchange.h"
+#include "reference_host/http/HttpExchange.h"
+#include "reference_host/identity/TokenCache.h"
 
 namespace {
 
-/// A token that is handed out has this long for its way to the cloud.
-constexpr std::int64_t MarginSeconds = 60;
-
-/// The newest JSON Web Token and what it was given for.
-class TokenCache {
- public:
-  /// Several threads ask at the same time: the first exchanges, the others get what it got.
-  unsigned long Get(const std::string& tokenUrl, const std::string& sessionToken,
-                    std::string& jwt) {
-    const std::scoped_lock lock(_mutex);
-    if (!IsFresh(sessionToken)) {
-      if (const unsigned long failure = Renew(tokenUrl, sessionToken)) return failure;
-    }
-    jwt = _jwt;
-    return 0;
-  }
-
- private:
-  bool IsFresh(const std::string& sessionToken) const {
-    return sessionToken == _sessionToken && std::time(nullptr) < _expiry - MarginSeconds;
-  }
-
-  unsigned long Renew(const std::string& tokenUrl, const std::string& sessionToken) {
-    const unsigned long failure = refhost::ExchangeToken(tokenUrl, sessionToken, _jwt);
-    if (failure != 0) {
-      ZLT::g_log.e(L"Tessary: the session token was not exchanged, status or error %lu", failure);
-      return failure;
-    }
-    _sessionToken = sessionToken;
-    _expiry = refhost::JwtExpiry(_jwt).value_or(0);
-    return 0;
-  }
-
-  std::mutex _mutex;
-  std::string _sessionToken;
-  std::string _jwt;
-  std::int64_t _expiry = 0;
-};
+/// Never destroyed: requests may be refused to the last moment of the process.
+refhost::TokenCache& Cache() {
+  static auto* const cache = [] {
+    auto* const made = new refhost::TokenCache;
+    refhost::ObserveRefusals([](const std::wstring& headers) { Cache().Drop(headers); });
+    return made;
+  }();
+  return *cache;
+}
 
 }  // namespace
 
@@ -72,8 +40,7 @@ std::wstring Tessary::GetCurrentToken(const std::wstring& caller) {
 }
 
 unsigned long Tessary::GetJwtFromServer(std::string sessionToken, std::string& jwt) {
-  static TokenCache cache;
   const refhost::Configuration* configuration = refhost::GetConfiguration();
   if (configuration == nullptr) return ERROR_NOT_FOUND;
-  return cache.Get(configuration->tokenUrl, sessionToken, jwt);
+  return Cache().Get(configuration->tokenUrl, sessionToken, jwt);
 }

@@ -1,13 +1,11 @@
 #include "reference_host/identity/TokenExchange.h"
 
-#include <windows.h>
-// Behind windows.h, whose types it needs.
 #include <json/value.h>
 #include <json/writer.h>
-#include <winhttp.h>
 
-#include "host/common/HttpRequest.h"
+#include "host/common/DateTime.h"
 #include "host/common/Text.h"
+#include "reference_host/http/HttpPost.h"
 #include "reference_host/identity/JwtExpiry.h"
 
 namespace refhost {
@@ -23,16 +21,18 @@ std::string RequestBody(const std::string& sessionToken) {
 }  // namespace
 
 unsigned long ExchangeToken(const std::string& tokenUrl, const std::string& sessionToken,
-                            std::string& jwt) {
-  ZLT::HttpRequest request(ZLT::String::UTF8ToUTF16(tokenUrl).c_str(), L"", nullptr,
-                           ZLT::HttpTimeouts::DEFAULT);
+                            ReceivedToken& token) {
   const std::string body = RequestBody(sessionToken);
-  const bool answered = request.doPost(body.data(), static_cast<unsigned long>(body.size()),
-                                       L"Content-Type: application/json");
-  if (!answered || request.getStatusCode() != HTTP_STATUS_OK) return request.getStatusCode();
-  const std::string received = JwtOfReply(request.getStream().str());
+  const std::int64_t asked = DateTimeUtility::GetCurrentDatetime();
+  const HttpReply reply = Post({.url = ZLT::String::UTF8ToUTF16(tokenUrl),
+                                .headers = L"Content-Type: application/json",
+                                .body = body});
+  if (reply.error != 0) return reply.error;
+  if (reply.status != HTTP_STATUS_OK) return reply.status;
+  const std::string received = JwtOfReply(reply.body);
   if (received.empty()) return ERROR_WINHTTP_INVALID_SERVER_RESPONSE;
-  jwt = received;
+  const std::optional<JwtTimes> times = TimesOf(received);
+  token = {received, times ? SecondsLeft(*times, reply.serverTime, asked) : 0};
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <mutex>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "host/common/FileSystem.h"
@@ -111,12 +112,16 @@ struct Log::State {
   }
 
   bool Open(const std::wstring& path, int newLevel) {
+    refhost::LogFile opened;
+    if (!opened.Open(path, refhost::Settings().logMaxBytes)) return false;
     std::unique_lock lock(mutex);
     while (!BecomeWriter(lock)) lock.lock();
-    const bool opened = file.Open(path, refhost::Settings().logMaxBytes);
-    if (opened) level = newLevel;
+    // A writer that an exception took away would have all others wait for ever.
+    static_assert(std::is_nothrow_move_assignable_v<refhost::LogFile>);
+    file = std::move(opened);
+    level = newLevel;
     WriteQueue(lock);
-    return opened;
+    return true;
   }
 };
 
@@ -142,13 +147,15 @@ void Log::e(const wchar_t* format, ...) {
   va_end(arguments);
 }
 
-bool Log::Open(const wchar_t* fileName, int level) {
+bool Log::Open(const wchar_t* fileName, int level) try {
   const std::wstring folder = refhost::LogFolder();
   const std::wstring name = fileName;
   if (name.empty() || name != FileSystem::getFileName(name)) return false;
   // Not through the log's own host, which would log what is wrong with it.
   if (!refhost::CreateFolder(folder, true).empty()) return false;
   return m_pState->Open(folder + L"\\" + name, level);
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace ZLT

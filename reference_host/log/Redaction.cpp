@@ -10,8 +10,9 @@ namespace {
 constexpr std::wstring_view LeftOut = L"[left out]";
 /// How the header of a JSON Web Token begins: '{"' in base64url.
 constexpr std::wstring_view TokenStart = L"eyJ";
-/// No backslash: JSON may write a URL with escapes in it.
-constexpr std::wstring_view UrlEnds = L" \t\r\n\"'<>()";
+/// What no URL can hold. Brackets and apostrophes are legal in one, so a signature may stand behind
+/// them; no backslash, since JSON may write a URL with escapes in it.
+constexpr std::wstring_view UrlEnds = L" \t\r\n\"<>";
 
 bool IsTokenCharacter(wchar_t c) {
   return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || (c >= L'0' && c <= L'9') ||
@@ -44,13 +45,14 @@ std::size_t TokenEnd(std::wstring_view text, std::size_t at) {
   return hasDot ? end : at;
 }
 
-/// Copies the URL that starts at `at`, without its query. @return position behind the URL.
-std::size_t CopyUrl(std::wstring_view text, std::size_t at, std::wstring& out) {
+/// @return position behind the URL that starts at `at`. When it stands in brackets or apostrophes,
+/// the closing one, which could be its own, is taken for theirs.
+std::size_t UrlEnd(std::wstring_view text, std::size_t at) {
   const std::size_t end = std::min(text.find_first_of(UrlEnds, at), text.size());
-  const std::size_t query = text.substr(at, end - at).find_first_of(L"?#");
-  out += text.substr(at, std::min(query, end - at));
-  if (query != std::wstring_view::npos) out.append(L"?").append(LeftOut);
-  return end;
+  const wchar_t before = at > 0 ? text[at - 1] : L' ';
+  const wchar_t closing = before == L'(' ? L')' : before;
+  const bool enclosed = closing == L')' || closing == L'\'';
+  return enclosed && text[end - 1] == closing ? end - 1 : end;
 }
 
 }  // namespace
@@ -59,10 +61,13 @@ std::wstring WithoutSecrets(const std::wstring& text) {
   const std::wstring_view view = text;
   std::wstring out;
   out.reserve(text.size());
+  std::size_t urlEnd = 0;
   for (std::size_t at = 0; at < view.size();) {
     const std::wstring_view rest = view.substr(at);
-    if (IsUrlStart(rest)) {
-      at = CopyUrl(view, at, out);
+    if (IsUrlStart(rest)) urlEnd = UrlEnd(view, at);
+    if (at < urlEnd && (view[at] == L'?' || view[at] == L'#')) {
+      out.append(L"?").append(LeftOut);
+      at = urlEnd;
       continue;
     }
     const std::size_t end = rest.starts_with(TokenStart) ? TokenEnd(view, at) : at;

@@ -2,12 +2,14 @@
 
 #include <stdexcept>
 
+#include "reference_host/files/LongPath.h"
+
 namespace refhost {
 
 CabinetFile::CabinetFile(const std::wstring& path)
     : _path(path),
-      _file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                        FILE_ATTRIBUTE_NORMAL, nullptr)) {
+      _file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)) {
   if (!_file) {
     throw std::runtime_error("the package cannot be opened, error " +
                              std::to_string(GetLastError()));

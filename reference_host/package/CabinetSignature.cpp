@@ -5,12 +5,17 @@
 #include <wintrust.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <exception>
+#include <future>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
+#include "reference_host/base/Handle.h"
+#include "reference_host/base/ModulePin.h"
 #include "reference_host/package/CabinetDigest.h"
 
 namespace refhost {
@@ -23,6 +28,11 @@ using BytesView = std::span<const std::uint8_t>;
 constexpr DWORD Encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
 /// No honest signature comes near; a package must not make the check use up the memory.
 constexpr std::uint32_t MaxSignatureBytes = 1 << 20;
+/// Windows may fetch roots and lists over the network, each with a time-out of 15 s by default. For
+/// all of them, in milliseconds in which the machine is awake:
+constexpr std::uint64_t TrustLimit = 60'000;
+/// How often the caller looks for a stop meanwhile.
+constexpr std::chrono::milliseconds StopLook(50);
 constexpr char CodeSigningUsage[] = "1.3.6.1.5.5.7.3.3";
 constexpr char TimeStampAttribute[] = "1.3.6.1.4.1.311.3.3.1";
 constexpr char CounterSignatureAttribute[] = "1.2.840.113549.1.9.6";
@@ -187,21 +197,11 @@ void CheckChain(const Certificate& signer, const Store& store, bool timeStamped)
           "its signer is not trusted for code signing on this machine");
 }
 
-/// @return the thumbprint of the signing certificate. @throws std::runtime_error saying the fault.
-std::string CheckByOwnMeans(const CabinetFile& cabinet) {
-  const Message message = Decode(ReadSignature(cabinet));
-  const Store store(CertOpenStore(CERT_STORE_PROV_MSG, Encoding, 0, 0, message.get()));
-  CheckDigests(cabinet, message);
-  const Certificate signer = CheckSigner(message, store);
-  CheckChain(signer, store, HasTimeStamp(message));
-  return Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
-}
-
-void CheckByPlatform(const CabinetFile& cabinet) {
+void CheckByPlatform(const std::wstring& path, HANDLE handle) {
   WINTRUST_FILE_INFO file{};
   file.cbStruct = sizeof(file);
-  file.pcwszFilePath = cabinet.Path().c_str();
-  file.hFile = cabinet.File();
+  file.pcwszFilePath = path.c_str();
+  file.hFile = handle;
   WINTRUST_DATA data{};
   data.cbStruct = sizeof(data);
   data.dwUIChoice = WTD_UI_NONE;
@@ -222,6 +222,66 @@ void CheckByPlatform(const CabinetFile& cabinet) {
   throw std::runtime_error("the platform refuses its signature, code 0x" + Hex(bytes));
 }
 
+/// Whether the machine trusts the signer, with all that it takes to find out: what waits for the
+/// network may outlive its caller.
+struct TrustQuestion {
+  Message message;
+  Store store;
+  Certificate signer;
+  std::wstring path;
+  Handle file;
+
+  /// @throws std::runtime_error saying why not.
+  void RequireTrust() const {
+    CheckChain(signer, store, HasTimeStamp(message));
+    CheckByPlatform(path, file.Get());
+  }
+};
+
+Handle Duplicate(HANDLE handle) {
+  HANDLE copy = nullptr;
+  const HANDLE own = GetCurrentProcess();
+  Require(DuplicateHandle(own, handle, own, &copy, 0, FALSE, DUPLICATE_SAME_ACCESS),
+          "it cannot be kept open");
+  return Handle(copy);
+}
+
+std::uint64_t AwakeMilliseconds() {
+  ULONGLONG ticks = 0;
+  QueryUnbiasedInterruptTime(&ticks);
+  return ticks / 10'000;
+}
+
+/// Asks on a thread of its own, which is left behind when the suite is told to stop or Windows
+/// takes too long: nothing ends its calls. @throws as the question.
+void AskInTime(const std::shared_ptr<const TrustQuestion>& question, const CabinetFile& cabinet) {
+  std::packaged_task<void()> task([question] { question->RequireTrust(); });
+  std::future<void> answer = task.get_future();
+  PinModule();
+  std::thread(std::move(task)).detach();
+  const std::uint64_t begin = AwakeMilliseconds();
+  while (answer.wait_for(StopLook) != std::future_status::ready) {
+    Require(!cabinet.IsToStop(), "the suite was told to stop");
+    Require(AwakeMilliseconds() - begin < TrustLimit,
+            "its signer was not judged in time: the machine may wait for its network");
+  }
+  answer.get();
+}
+
+/// @return the thumbprint of the signing certificate. @throws std::runtime_error saying the fault.
+std::string CheckSignature(const CabinetFile& cabinet) {
+  Message message = Decode(ReadSignature(cabinet));
+  Store store(CertOpenStore(CERT_STORE_PROV_MSG, Encoding, 0, 0, message.get()));
+  CheckDigests(cabinet, message);
+  Certificate signer = CheckSigner(message, store);
+  std::string thumbprint = Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
+  const std::shared_ptr<const TrustQuestion> question(
+      new TrustQuestion{std::move(message), std::move(store), std::move(signer), cabinet.Path(),
+                        Duplicate(cabinet.File())});
+  AskInTime(question, cabinet);
+  return thumbprint;
+}
+
 }  // namespace
 
 SignatureFindings InspectSignature(const CabinetFile& cabinet) {
@@ -229,8 +289,7 @@ SignatureFindings InspectSignature(const CabinetFile& cabinet) {
   findings.present = cabinet.Header().IsSigned();
   if (!findings.present) return findings;
   try {
-    findings.thumbprint = CheckByOwnMeans(cabinet);
-    CheckByPlatform(cabinet);
+    findings.thumbprint = CheckSignature(cabinet);
   } catch (const std::exception& exception) {
     findings.fault = exception.what();
   }

@@ -10,7 +10,8 @@ namespace refhost {
 /// this machine trusts for code signing. A package is good when both say so, since not every
 /// platform's verdict can be relied upon. This project's check knows SHA-256 only. Revocation is
 /// not asked for: a PC that is being set up may reach nothing but its own cloud service.
-/// Blocks while the file is read; any thread; does not throw.
+/// Blocks while the file is read and, since Windows may fetch roots and lists over the network, for
+/// a minute more at most; a stop of the suite ends it. Any thread; does not throw.
 SignatureFindings InspectSignature(const CabinetFile& cabinet);
 
 }  // namespace refhost

@@ -9,7 +9,9 @@
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
+#include "reference_host/files/FolderHolds.h"
 #include "reference_host/files/InstallationLease.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/MemberName.h"
 #include "reference_host/package/CabinetFile.h"
 #include "reference_host/package/CabinetReader.h"
@@ -23,8 +25,8 @@ constexpr int MaxFolderNumber = 1000;
 
 PackagePolicy Policy() { return {Settings().requireSignedPackages, Settings().trustedPublishers}; }
 
-/// Judges all members before the first is written.
-void CheckMembers(const CabinetFile& cabinet) {
+/// Judges all members before the first is written. @return the bytes that they come to.
+std::uint64_t CheckMembers(const CabinetFile& cabinet) {
   MemberNames names;
   std::uint64_t total = 0;
   for (const CabinetMember& member : ListMembers(cabinet)) {
@@ -38,6 +40,16 @@ void CheckMembers(const CabinetFile& cabinet) {
       throw std::runtime_error("the package unpacks to more bytes than maxUnpackedBytes allows");
     }
   }
+  return total;
+}
+
+/// A disk that fills up on the way would fail other programs too.
+void CheckRoom(const std::wstring& folder, std::uint64_t bytes) {
+  ULARGE_INTEGER free{};
+  if (!GetDiskFreeSpaceExW(folder.c_str(), &free, nullptr, nullptr)) return;
+  if (bytes <= free.QuadPart) return;
+  throw std::runtime_error("the package unpacks to " + std::to_string(bytes) +
+                           " bytes, the disk has room for " + std::to_string(free.QuadPart));
 }
 
 /// @return the package's path without its extension, and without what must not end a folder's name.
@@ -48,12 +60,19 @@ std::wstring FolderStem(const std::wstring& cabPath) {
   return cabPath.substr(0, cabPath.size() - name.size()) + (stem.empty() ? L"package" : stem);
 }
 
-/// Never takes over a folder that is there: somebody else may have put things into it.
+/// Never takes over a folder that is there: somebody else may have put things into it. It is held
+/// from here on, since an installer will be started in it: see `HoldFolder`.
 std::wstring CreateFolderBeside(const std::wstring& cabPath) {
   const std::wstring stem = FolderStem(cabPath);
   std::wstring folder = stem;
   for (int number = 2; number <= MaxFolderNumber; ++number) {
-    if (CreateDirectoryW(folder.c_str(), nullptr)) return folder;
+    if (CreateDirectoryW(LongPath(folder).c_str(), nullptr)) {
+      const std::wstring refusal = HoldFolder(LongPath(folder), false);
+      if (refusal.empty()) return folder;
+      RemoveDirectoryW(LongPath(folder).c_str());
+      throw std::runtime_error("the package's folder is refused: " +
+                               ZLT::String::UTF16ToUTF8(refusal));
+    }
     if (GetLastError() != ERROR_ALREADY_EXISTS) break;
     folder = stem + L"-" + std::to_wstring(number);
   }
@@ -85,10 +104,12 @@ std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
             String::UTF8ToUTF16(refusal).c_str());
     return {};
   }
-  CheckMembers(cabinet);
+  const std::uint64_t bytes = CheckMembers(cabinet);
+  // In the caller's notation, as a script's command line needs it.
   std::wstring folder = CreateFolderBeside(cabPath);
   try {
-    UnpackMembers(cabinet, folder);
+    CheckRoom(LongPath(folder), bytes);
+    UnpackMembers(cabinet, LongPath(folder));
   } catch (...) {
     FileSystem::deleteDirectoryOrFile(folder, true);
     throw;

@@ -55,42 +55,57 @@ class Attributes {
   bool _complete = false;
 };
 
-STARTUPINFOEXW StartupInformation(const ProcessOrder& order, HANDLE null, Attributes& attributes) {
-  STARTUPINFOEXW startup{};
-  startup.StartupInfo.cb = sizeof startup;
-  startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES | STARTF_USESHOWWINDOW;
-  startup.StartupInfo.wShowWindow = order.hidden ? SW_HIDE : SW_SHOWNORMAL;
-  startup.StartupInfo.hStdInput = null;
-  startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
-      order.output != nullptr ? order.output : null;
-  startup.lpAttributeList = attributes.List();
+DWORD CreationFlags(const ProcessOrder& order) {
+  return CREATE_UNICODE_ENVIRONMENT | (order.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
+}
+
+STARTUPINFOW StartupInformation(const ProcessOrder& order) {
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESHOWWINDOW;
+  startup.wShowWindow = order.hidden ? SW_HIDE : SW_SHOWNORMAL;
   return startup;
 }
 
-BOOL Create(const ProcessOrder& order, STARTUPINFOEXW& startup, PROCESS_INFORMATION& process) {
-  const DWORD flags = EXTENDED_STARTUPINFO_PRESENT | CREATE_UNICODE_ENVIRONMENT |
-                      (order.hidden ? CREATE_NO_WINDOW : CREATE_NEW_CONSOLE);
+const wchar_t* Folder(const ProcessOrder& order) {
+  return order.workingDirectory.empty() ? nullptr : order.workingDirectory.c_str();
+}
+
+/// In this process's own session.
+BOOL CreateHere(const ProcessOrder& order, PROCESS_INFORMATION& process) {
+  const Handle null = OpenNull();
+  Attributes attributes(null.Get(), order.output, order.job);
+  if (!null || !attributes.IsComplete()) return FALSE;
+  STARTUPINFOEXW startup{StartupInformation(order), attributes.List()};
+  startup.StartupInfo.cb = sizeof startup;
+  startup.StartupInfo.dwFlags |= STARTF_USESTDHANDLES;
+  // Without a handle the system would put that of the console there, whose input never comes.
+  startup.StartupInfo.hStdInput = null.Get();
+  startup.StartupInfo.hStdOutput = startup.StartupInfo.hStdError =
+      order.output != nullptr ? order.output : null.Get();
   std::wstring line = order.commandLine;  // Windows writes into it
-  const wchar_t* folder = order.workingDirectory.empty() ? nullptr : order.workingDirectory.c_str();
-  if (order.token == nullptr) {
-    return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, folder,
-                          &startup.StartupInfo, &process);
-  }
+  return CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE,
+                        CreationFlags(order) | EXTENDED_STARTUPINFO_PRESENT, nullptr, Folder(order),
+                        &startup.StartupInfo, &process);
+}
+
+/// In the token's session.
+BOOL CreateThere(const ProcessOrder& order, PROCESS_INFORMATION& process) {
+  STARTUPINFOW startup = StartupInformation(order);
   wchar_t desktop[] = L"winsta0\\default";
-  startup.StartupInfo.lpDesktop = desktop;
-  return CreateProcessAsUserW(order.token, nullptr, line.data(), nullptr, nullptr, TRUE, flags,
-                              nullptr, folder, &startup.StartupInfo, &process);
+  startup.lpDesktop = desktop;
+  std::wstring line = order.commandLine;
+  return CreateProcessAsUserW(order.token, nullptr, line.data(), nullptr, nullptr, FALSE,
+                              CreationFlags(order), nullptr, Folder(order), &startup, &process);
 }
 
 }  // namespace
 
 Handle StartProcess(const ProcessOrder& order) {
-  const Handle null = OpenNull();
-  Attributes attributes(null.Get(), order.output, order.job);
-  if (!null || !attributes.IsComplete()) return {};
-  STARTUPINFOEXW startup = StartupInformation(order, null.Get(), attributes);
   PROCESS_INFORMATION process{};
-  if (!Create(order, startup, process)) return {};
+  if (!(order.token == nullptr ? CreateHere(order, process) : CreateThere(order, process))) {
+    return {};
+  }
   CloseHandle(process.hThread);
   return Handle(process.hProcess);
 }

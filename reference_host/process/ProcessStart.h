@@ -19,7 +19,10 @@ struct ProcessOrder {
 };
 
 /// Starts a program. Its standard input is at its end, so that none can wait for input that never
-/// comes; it inherits no handle of this process but those of its streams.
+/// comes; it inherits no handle of this process but `output` and that one, which is the null
+/// device. With a token it inherits nothing, since no handle goes from one session to another, and
+/// is in no job; its streams are those of its own console, without output for anybody and without
+/// an end of its input.
 /// @return the process, nothing (and the last error) when it does not start.
 Handle StartProcess(const ProcessOrder& order);
 

@@ -1,5 +1,6 @@
 #include "host/common/ProcessWrap.h"
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <system_error>
@@ -10,8 +11,10 @@
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
+#include "reference_host/process/CheckQueue.h"
+#include "reference_host/process/InstallerStart.h"
+#include "reference_host/process/Patience.h"
 #include "reference_host/process/ProcessOutput.h"
-#include "reference_host/process/ProcessStart.h"
 #include "reference_host/process/ProcessStreams.h"
 #include "reference_host/process/ProcessTree.h"
 #include "reference_host/process/UserSession.h"
@@ -21,24 +24,10 @@ namespace ZLT {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using refhost::WaitEnd;
 
 std::chrono::milliseconds Since(Clock::time_point begin) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-}
-
-enum class Ending { Ended, Cancelled, TimedOut };
-
-/// A program that has ended counts as ended, also when it was cancelled at the same moment.
-Ending WaitForEnd(HANDLE process, HANDLE cancelHandle, unsigned int timeoutSeconds) {
-  const HANDLE handles[] = {process, cancelHandle};
-  const DWORD count = cancelHandle != nullptr ? 2 : 1;
-  const DWORD result = WaitForMultipleObjects(count, handles, FALSE, 1000 * timeoutSeconds);
-  if (result == WAIT_OBJECT_0) return Ending::Ended;
-  return result == WAIT_OBJECT_0 + 1 ? Ending::Cancelled : Ending::TimedOut;
-}
-
-bool IsSignalled(HANDLE event) {
-  return event != nullptr && WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
 }
 
 void LogNotStarted(unsigned long error, const std::wstring& commandLine) {
@@ -52,17 +41,21 @@ DWORD ExitCodeOf(HANDLE process) {
   return exitCode;
 }
 
-std::wstring TextOf(Ending ending, DWORD exitCode, unsigned int timeoutSeconds) {
-  if (ending == Ending::Cancelled) return L"ended by the cancel event";
-  if (ending == Ending::TimedOut) {
-    return L"ended by its time-out of " + std::to_wstring(timeoutSeconds) + L" s";
-  }
-  return L"exit code " + std::to_wstring(exitCode);
+/// In words how the wait for a program ended, and the program with it.
+/// @param isGone in, false: it was to be ended, and is still there.
+std::wstring TextOf(WaitEnd end, DWORD exitCode, const std::wstring& bound, bool isGone) {
+  if (end == WaitEnd::Signalled) return L"exit code " + std::to_wstring(exitCode);
+  const std::wstring late = std::to_wstring(refhost::EndWait.count()) + L" s later";
+  return L"ended by " + bound + (isGone ? L"" : L", but still there " + late);
+}
+
+std::wstring TimeOutText(std::chrono::seconds limit) {
+  return L"its time-out of " + std::to_wstring(limit.count()) + L" s";
 }
 
 bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirectory, bool hidden,
-              HANDLE cancelHandle) {
-  const unsigned int timeoutSeconds = refhost::Settings().processTimeoutSeconds;
+              const refhost::Patience& patience) {
+  const std::chrono::seconds limit(refhost::Settings().processTimeoutSeconds);
   refhost::OutputPipe pipe;
   const auto begin = Clock::now();
   refhost::ProcessTree tree(
@@ -72,17 +65,24 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
     return false;
   }
   pipe.Read();
-  const Ending ending = WaitForEnd(tree.Process(), cancelHandle, timeoutSeconds);
-  if (ending == Ending::Ended) {
-    tree.Release();
-  } else {
-    tree.End();
-  }
+  const WaitEnd end = patience.WaitFor(tree.Process(), limit);
+  const bool hasEnded = end == WaitEnd::Signalled;
+  if (hasEnded) tree.Release();
+  const bool isGone = hasEnded || tree.End();
   const std::chrono::milliseconds duration = Since(begin);
   const DWORD exitCode = ExitCodeOf(tree.Process());
-  refhost::LogProcessEnd(ending != Ending::Ended, TextOf(ending, exitCode, timeoutSeconds),
-                         duration, commandLine, pipe.Collect());
-  return ending == Ending::Ended && exitCode == 0;
+  const std::wstring bound = end == WaitEnd::GivenUp ? patience.Bound() : TimeOutText(limit);
+  refhost::LogProcessEnd(!hasEnded, TextOf(end, exitCode, bound, isGone), duration, commandLine,
+                         pipe.Collect());
+  return hasEnded && exitCode == 0;
+}
+
+/// The check scripts of this process.
+refhost::CheckQueue& Checks() {
+  const unsigned int most = refhost::Settings().maxCheckScripts;
+  static refhost::CheckQueue queue(most != 0 ? most
+                                             : std::max(1u, std::thread::hardware_concurrency()));
+  return queue;
 }
 
 /// An installer that is under way: the end of its time, and the record of its end.
@@ -93,15 +93,18 @@ struct Watched {
   Clock::time_point begin;
 
   void ToEnd() const {
-    const unsigned int timeoutSeconds = refhost::Settings().installerTimeoutSeconds;
-    const Ending ending = WaitForEnd(process.Get(), nullptr, timeoutSeconds);
-    if (ending == Ending::TimedOut) {
-      TerminateProcess(process.Get(), 1);
-      WaitForSingleObject(process.Get(), INFINITE);
-    }
-    const std::wstring text = TextOf(ending, ExitCodeOf(process.Get()), timeoutSeconds);
-    refhost::LogProcessEnd(ending == Ending::TimedOut, text, Since(begin), commandLine,
-                           output.Collect());
+    const std::chrono::seconds limit(refhost::Settings().installerTimeoutSeconds);
+    const WaitEnd end = refhost::Patience(nullptr, {}).WaitFor(process.Get(), limit);
+    const bool hasEnded = end == WaitEnd::Signalled;
+    const bool isGone = hasEnded || EndNow();
+    const std::wstring text = TextOf(end, ExitCodeOf(process.Get()), TimeOutText(limit), isGone);
+    refhost::LogProcessEnd(!hasEnded, text, Since(begin), commandLine, output.Collect());
+  }
+
+ private:
+  bool EndNow() const {
+    TerminateProcess(process.Get(), 1);
+    return refhost::IsGoneWithin(process.Get());
   }
 };
 
@@ -116,20 +119,10 @@ void WatchAside(std::shared_ptr<const Watched> watched) {
   }
 }
 
-/// In the signed-in user's session where that can be done, else in this process's own.
-refhost::Handle StartForUser(refhost::ProcessOrder order) {
-  const refhost::Handle token = refhost::TokenForUserSession();
-  if (token) {
-    order.token = token.Get();
-    if (refhost::Handle started = refhost::StartProcess(order)) return started;
-    order.token = nullptr;
-  }
-  // Enclosed only while it is being started: a host that dies just then leaves no program behind
-  // that nobody ever lets go. A job has programs of its own session only, hence not above.
-  refhost::ProcessTree tree(order);
-  tree.Release();
-  if (!tree.IsRunning()) SetLastError(tree.Error());
-  return tree.TakeProcess();
+/// Of the session that installers are to run in.
+refhost::SessionToken InstallersSession() {
+  return refhost::Settings().installersMeetUser ? refhost::TokenForUserSession()
+                                                : refhost::SessionToken();
 }
 
 refhost::Handle Duplicate(HANDLE process) {
@@ -149,8 +142,9 @@ int ProcessWrap::CreateProcessInUserSession(const std::wstring& commandLine,
   processHandle = nullptr;
   const auto begin = Clock::now();
   refhost::OutputFile output(refhost::LogFolder());
-  refhost::Handle started =
-      StartForUser({commandLine, workingDirectory, hidden, nullptr, nullptr, output.WriteEnd()});
+  refhost::Handle started = refhost::StartInstaller(
+      {commandLine, workingDirectory, hidden, nullptr, nullptr, output.WriteEnd()},
+      InstallersSession());
   if (!started) {
     LogNotStarted(GetLastError(), commandLine);
     return 0;
@@ -164,11 +158,15 @@ int ProcessWrap::CreateProcessInUserSession(const std::wstring& commandLine,
 int ProcessWrap::LaunchApplicationAndCheckExitCode(const std::wstring& commandLine,
                                                    const std::wstring& workingDirectory,
                                                    bool hidden, HANDLE cancelHandle) {
-  if (IsSignalled(cancelHandle)) {
-    g_log.e(L"ProcessWrap: not started, cancelled before: %s", commandLine.c_str());
+  const refhost::Patience patience(
+      cancelHandle, std::chrono::seconds(refhost::Settings().cancelledCheckGraceSeconds));
+  const refhost::CheckQueue::Turn turn(Checks(), patience);
+  if (!turn) {
+    g_log.e(L"ProcessWrap: not started, %s came before its turn: %s", patience.Bound().c_str(),
+            commandLine.c_str());
     return 0;
   }
-  return RunToEnd(commandLine, workingDirectory, hidden, cancelHandle) ? 1 : 0;
+  return RunToEnd(commandLine, workingDirectory, hidden, patience) ? 1 : 0;
 }
 
 }  // namespace ZLT

@@ -15,9 +15,12 @@ bool IsOwnSession(DWORD session) {
 }
 
 /// The console has a session even while only the logon screen is shown.
-bool IsSomebodySignedIn(DWORD session) {
+/// @return 0 when somebody is signed in, else the system's error.
+DWORD ErrorOfUser(DWORD session) {
   HANDLE token = nullptr;
-  return WTSQueryUserToken(session, &token) && Handle(token);
+  if (!WTSQueryUserToken(session, &token)) return GetLastError();
+  CloseHandle(token);
+  return 0;
 }
 
 Handle DuplicateOwnToken() {
@@ -32,16 +35,16 @@ Handle DuplicateOwnToken() {
 
 }  // namespace
 
-Handle TokenForUserSession() {
+SessionToken TokenForUserSession() {
   DWORD session = WTSGetActiveConsoleSessionId();
-  if (session == NoSession || IsOwnSession(session) || !IsSomebodySignedIn(session)) {
-    return Handle();
-  }
+  if (session == NoSession || IsOwnSession(session)) return {};
+  const DWORD error = ErrorOfUser(session);
+  if (error != 0) return {Handle(), error == ERROR_NO_TOKEN ? 0 : error};
   Handle token = DuplicateOwnToken();
   if (!token || !SetTokenInformation(token.Get(), TokenSessionId, &session, sizeof session)) {
-    return Handle();
+    return {Handle(), GetLastError()};
   }
-  return token;
+  return {std::move(token), 0};
 }
 
 }  // namespace refhost

@@ -17,14 +17,6 @@ namespace {
 /// How long a caller waits for a job to be cancelled.
 constexpr auto CancelWait = std::chrono::milliseconds(50);
 
-/// As many idle connections as one request is tried on, should the server have closed them.
-constexpr int MaxStaleConnections = 4;
-
-/// @return true when the connection ended before the head of a reply.
-bool IsBroken(unsigned long error) {
-  return error == ERROR_WINHTTP_CONNECTION_ERROR || error == ERROR_WINHTTP_INVALID_SERVER_RESPONSE;
-}
-
 }  // namespace
 
 bool IsInForce() {
@@ -53,15 +45,9 @@ void CancelAside(ComPtr<IBackgroundCopyJob> job) {
   }
 }
 
-unsigned long SendOverIdleConnections(
-    unsigned long error, const std::function<std::optional<unsigned long>()>& sendAgain) {
-  for (int i = 0; i < MaxStaleConnections && IsBroken(error); ++i) {
-    const std::optional<unsigned long> next = sendAgain();
-    if (!next) break;
-    error = *next;
-  }
-  return error;
-}
+bool CannotRest(HRESULT suspended) { return suspended == E_NOTIMPL && IsInForce(); }
+
+bool KnowsNoOwner(HRESULT asked) { return asked == E_NOTIMPL && IsInForce(); }
 
 unsigned long AsWinHttpError(unsigned long error) {
   if (error == WSAETIMEDOUT) return ERROR_WINHTTP_TIMEOUT;

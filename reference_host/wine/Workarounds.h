@@ -26,12 +26,11 @@ HRESULT ConnectAgain(const std::function<HRESULT()>& connect);
 /// another thread and waits for that a moment only.
 void CancelAside(ComPtr<IBackgroundCopyJob> job);
 
-/// Wine's WinHTTP sends a request over an idle connection that the server has closed, and fails.
-/// Such a request has not been answered and goes out again, in the end over a new connection.
-/// @param error in, of the first try. @param sendAgain in, @return the error of one more try, or
-/// nothing when the last one had a connection of its own. @return the error of the last try.
-unsigned long SendOverIdleConnections(
-    unsigned long error, const std::function<std::optional<unsigned long>()>& sendAgain);
+/// Wine's BITS can neither let a job rest nor tell whose it is (E_NOTIMPL): the job goes on until
+/// it is taken over or cancelled, and all jobs are this user's.
+/// @return whether a call has failed for that.
+bool CannotRest(HRESULT suspended);
+bool KnowsNoOwner(HRESULT asked);
 
 /// Wine's WinHTTP hands on the numbers of the sockets below it.
 /// @return the error as one of WinHTTP's own.

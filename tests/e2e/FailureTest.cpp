@@ -49,13 +49,26 @@ void MakeLink(Lab& lab) {
   fs::create_directory_symlink("elsewhere", Downloads(lab));
 }
 
+void MakeLinkAbove(Lab& lab) {
+  MakeLink(lab);
+  lab.Configuration()["downloadFolder"] = R"(C:\lab\download\inner)";
+}
+
+/// Makes a folder that belongs to somebody else; only root can.
+void GiveAway(const fs::path& folder) {
+  fs::create_directories(folder);
+  if (chown(folder.c_str(), 65534, 65534) != 0) fs::remove(folder);
+}
+
 /// A Windows program that holds the file open until the object goes.
 class Holder {
  public:
   explicit Holder(Lab& lab) {
-    fs::create_directories(Downloads(lab));
-    const fs::path file = Downloads(lab) / "alpha.cab.part";
-    _pipe = popen(R"(wine cmd /c 'pause >C:\lab\download\alpha.cab.part' >/dev/null 2>&1)", "w");
+    const fs::path folder = lab.DriveC() / "lab" / "download.arriving";
+    const fs::path file = folder / "alpha.cab.part";
+    fs::create_directories(folder);
+    _pipe = popen(R"(wine cmd /c 'pause >C:\lab\download.arriving\alpha.cab.part' >/dev/null 2>&1)",
+                  "w");
     for (int tries = 0; tries < 1000 && !fs::exists(file); ++tries) usleep(10000);
   }
   ~Holder() { pclose(_pipe); }
@@ -82,12 +95,19 @@ TEST(Failure, FaultsOfTheDeviceEndAsTheyShould) {
        -1, "not installed", "alpha.cab is refused, its folder cannot be used: a file has its name"},
       {"download folder is a link", "alpha", MakeLink, -1, "not installed",
        "download is refused: a link stands in its place"},
-      {"download folder of somebody else", "alpha",
+      {"link above the download folder", "alpha", MakeLinkAbove, -1, "not installed",
+       "inner is refused: C:\\lab\\download: a link stands in its place"},
+      {"download folder of somebody else", "alpha", [](Lab& lab) { GiveAway(Downloads(lab)); }, -1,
+       "not installed", "download is refused: it belongs to somebody else"},
+      {"foreign things in download folder", "alpha",
+       [](Lab& lab) { GiveAway(Downloads(lab) / "theirs"); }, -1, "not installed",
+       "download is refused: it holds theirs: it belongs to somebody else"},
+      {"download folder open to everybody", "alpha",
        [](Lab& lab) {
          fs::create_directories(Downloads(lab));
-         if (chown(Downloads(lab).c_str(), 65534, 65534) != 0) fs::remove(Downloads(lab));
+         fs::permissions(Downloads(lab), fs::perms::all);
        },
-       -1, "not installed", "download is refused: it belongs to somebody else"},
+       -1, "not installed", "download is refused: S-1-1-0 may change it"},
       {"folder in a file's place", "alpha",
        [](Lab& lab) { fs::create_directories(Downloads(lab) / "alpha.cab"); }, -1, "not installed",
        "alpha.cab, attempt 1: Access denied (context 4, code 0x80070005)"},
@@ -172,6 +192,52 @@ TEST(Failure, ASecondHostLeavesTheFirstOnesInstallationAlone) {
   EXPECT_TRUE(lab.IsInstalled("alpha"));
 }
 
+namespace {
+
+/// @return whether the host has been told of some of the bytes, but not of all.
+bool HasBytes(Lab& lab) {
+  const std::string log = lab.LogText("TolmarAgent.log");
+  const std::size_t at = log.rfind("Xfered(B)=");
+  return at != std::string::npos && std::stoul(log.substr(at + 10)) != 0;
+}
+
+/// @return how often the package itself was asked for.
+std::size_t GetsOf(Lab& lab, const std::string& file) {
+  const std::vector<std::string> types = lab.ReceivedTypes();
+  return static_cast<std::size_t>(std::count(types.begin(), types.end(), "file " + file));
+}
+
+bool HasLogged(const Lab& lab, const char* text) {
+  return lab.LogText("ZLT.log").find(text) != std::string::npos;
+}
+
+}  // namespace
+
+TEST(Failure, ATransferThatAnEndedHostHasLeftIsTakenUp) {
+  const struct {
+    const char* name;
+    bool killed;  ///< else cancelled
+  } rows[] = {{"host killed in mid-transfer", true}, {"download cancelled, then again", false}};
+  for (const auto& row : rows) {
+    Lab lab({{"large"}});  // No cabinet: what becomes of it afterwards is another matter.
+    if (row.killed) {
+      ASSERT_TRUE(lab.RunAndKill("install", [&] { return HasBytes(lab); }));
+    } else {
+      lab.Run("install --timeout 3");
+    }
+    const auto begin = std::chrono::steady_clock::now();
+    const RunResult run = lab.Run("install", 120);
+    const auto time = std::chrono::steady_clock::now() - begin;
+    EXPECT_EQ(run.json["code"].asInt(), 48) << row.name << run.errors;
+    EXPECT_TRUE(HasLogged(lab, "of an earlier download is taken up")) << row.name;
+    EXPECT_EQ(GetsOf(lab, "large.cab"), 1U) << row.name;
+    Tell(row.name, "fetched 1 times",
+         "fetched " + std::to_string(GetsOf(lab, "large.cab")) + " times");
+    RecordProperty(row.name,
+                   std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time).count()));
+  }
+}
+
 TEST(Failure, FaultsOfTheCloudEndAsTheyShould) {
   const auto rows = std::to_array<FaultRow>({
       {"expired URL renewed", R"({"on":"downloadRequest","call":1,"expired":true})", 0,
@@ -237,6 +303,15 @@ TEST(Failure, CancelledInstallationEndsLongBeforeItsInstaller) {
   EXPECT_EQ(run.exitStatus, 4) << run.errors;
   EXPECT_EQ(run.json["code"].asInt(), 47);
   EXPECT_EQ(StatusOf(run, "slow"), "not installed");
+  EXPECT_NE(lab.LogText("TolmarAgent.log").find("Installation cancelled by CancelEvent"),
+            std::string::npos);
+}
+
+TEST(Failure, AModuleThatIsThereCountsThoughItsInstallationWasCancelled) {
+  Lab lab({{"lingering"}});
+  const RunResult run = lab.Run("install --timeout 8", 60);  // The installer ends two minutes late.
+  EXPECT_EQ(run.json["code"].asInt(), 0) << run.errors;
+  EXPECT_EQ(StatusOf(run, "lingering"), "installed");
   EXPECT_NE(lab.LogText("TolmarAgent.log").find("Installation cancelled by CancelEvent"),
             std::string::npos);
 }

@@ -84,6 +84,7 @@ Lab::Lab(const std::vector<Title>& titles)
   fs::remove_all(_folder);
   fs::remove_all(_driveC / "lab");
   fs::create_directories(_folder);
+  fs::create_directories(_driveC / "lab");
   StartCloud(CatalogueOf(titles));
   const std::string base = "https://localhost:" + std::to_string(_port);
   _configuration["baseUrl"] = base;
@@ -95,6 +96,7 @@ Lab::Lab(const std::vector<Title>& titles)
   _configuration["logFolder"] = "C:\\lab\\log";
   _configuration["retryWaitScale"] = 0.001;
   _configuration["downloadStallSeconds"] = 20;
+  _configuration["fileInUseSeconds"] = 1;
 }
 
 Lab::~Lab() {
@@ -153,13 +155,15 @@ void Lab::Fault(const std::string& json) {
 }
 
 void Lab::WriteConfiguration() const {
-  WriteFile(_folder / "host.json", Json::writeString(Json::StreamWriterBuilder(), _configuration));
+  // Where nobody else may write, wherever the checkout lies: the host reads no other.
+  WriteFile(_driveC / "lab" / "host.json",
+            Json::writeString(Json::StreamWriterBuilder(), _configuration));
 }
 
 std::string Lab::Command(const std::string& arguments) const {
   return "wine '" + Environment("E2E_BIN") +
-         "/tolmarctl.exe' --config 'Z:" + (_folder / "host.json").string() + "' --json " +
-         arguments + " 2>'" + (_folder / "stderr").string() + "' </dev/null";
+         "/tolmarctl.exe' --config 'C:\\lab\\host.json' --json " + arguments + " 2>'" +
+         (_folder / "stderr").string() + "' </dev/null";
 }
 
 RunResult Lab::Run(const std::string& arguments, int seconds) {

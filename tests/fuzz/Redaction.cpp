@@ -11,7 +11,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::wstring before = ZLT::String::UTF8ToUTF16(Input{input.data, length}.Text());
   const std::wstring after = ZLT::String::UTF8ToUTF16(input.Text().substr(length));
   refhost::WithoutSecrets(before + after);
-  for (const wchar_t* secret : {L"https://h/f?signature=S3CRET", L" eyJhIjox.S3CRET.c2ln"}) {
+  for (const wchar_t* secret :
+       {L"https://h/f?signature=S3CRET", L"(https://h/f(1)?n='(2)'&signature=S3CRET)",
+        L" eyJhIjox.S3CRET.c2ln"}) {
     const std::wstring shown = refhost::WithoutSecrets(before + secret + after);
     const bool own =
         before.find(L"S3CRET") != std::wstring::npos || after.find(L"S3CRET") != std::wstring::npos;

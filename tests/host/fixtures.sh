@@ -13,12 +13,16 @@ _damage() {
   printf '%b' "$(printf '\\x%02x' $((byte ^ 255)))" | dd of="$1" bs=1 seek="$2" conv=notrunc status=none
 }
 
+# _far: a name as long as a cabinet takes.
+_far() { printf '%0120d/%0120d/far.txt' 1 2; }
+
 # _contents FOLDER: what the packages hold. The large file does not compress, so that it takes several blocks.
 _contents() {
-  mkdir -p "$1/tools/deep"
+  mkdir -p "$1/tools/deep" "$1/$(dirname "$(_far)")"
   printf 'Write-Output "installed"\n' >"$1/install.ps1"
   printf 'one\n' >"$1/tools/one.txt"
   printf 'two\n' >"$1/tools/deep/two.txt"
+  printf 'far\n' >"$1/$(_far)"
   printf 'out\n' >"$1/ab_evil.txt"
   printf 'upper\n' >"$1/CASE.txt"
   printf 'lower\n' >"$1/cosy.txt"
@@ -35,7 +39,7 @@ host_fixtures() (
   cd "$out/contents"
   ours=("$pki/cs.crt" "$pki/cs.key" "$pki/ca.crt")
   gcab -c -z ../unsigned.cab install.ps1 large.bin
-  gcab -c -z ../nested-unsigned.cab install.ps1 tools/one.txt tools/deep/two.txt
+  gcab -c -z ../nested-unsigned.cab install.ps1 tools/one.txt tools/deep/two.txt "$(_far)"
   gcab -c -z ../evil-unsigned.cab install.ps1 ab_evil.txt
   gcab -c -z ../twice-unsigned.cab CASE.txt cosy.txt
   cd ..

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cwctype>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "agent/ResultCodes.h"
 #include "agent/TolmarAgent.h"
@@ -26,6 +28,16 @@ std::wstring LocalPath(const Json::Value& file) {
 
 std::wstring AddressOf(const Json::Value& file) {
   return String::UTF8ToUTF16(file["downloadUrl"].asString());
+}
+
+/// @return true when an installation will find the file in the download folder and take it. Scripts
+/// it fetches anew.
+bool IsLeftOver(const Json::Value& file) {
+  const std::wstring path = LocalPath(file);
+  const auto isSame = [](wchar_t a, wchar_t b) { return std::towlower(a) == std::towlower(b); };
+  constexpr std::wstring_view Script = L".ps1";
+  const auto script = std::search(path.begin(), path.end(), Script.begin(), Script.end(), isSame);
+  return script == path.end() && FileSystem::fileExists(path);
 }
 
 std::map<std::wstring, std::wstring> RefusalsOf(const Json::Value& files) {
@@ -109,7 +121,7 @@ class Planner {
     Json::Value planned;
     planned["name"] = file["name"].asString();
     planned["size"] = file["size"].asInt();  // As the agent takes it.
-    planned["isThere"] = _isFirst && FileSystem::fileExists(LocalPath(file));
+    planned["isThere"] = _isFirst && IsLeftOver(file);
     if (!planned["isThere"].asBool()) _titleBytes += planned["size"].asInt();
     const auto refusal = refusals.find(AddressOf(file));
     if (refusal == refusals.end()) return planned;

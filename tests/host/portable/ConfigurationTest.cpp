@@ -21,6 +21,8 @@ TEST(Configuration, TakesTheMandatoryKeysAndDefaults) {
   EXPECT_TRUE(read.requireSignedPackages);
   EXPECT_TRUE(read.downloadFolder.empty());
   EXPECT_EQ(read.processTimeoutSeconds, 600U);
+  EXPECT_EQ(read.maxCheckScripts, 0U);
+  EXPECT_TRUE(read.installersMeetUser);
   EXPECT_EQ(read.retryWaitScale, 1.0);
 }
 
@@ -34,7 +36,9 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
               R"("registered":false,"downloadFolder":"C:\\Data\\D\u00E4\\","logFolder":"Z:/l",)"
               R"("requireSignedPackages":false,"processTimeoutSeconds":7,"logMaxBytes":4096,)"
               R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
-              R"("retryWaitScale":0.01,"trustedPublishers":[")" +
+              R"("installerSession":"service","maxCheckScripts":3,"cancelledCheckGraceSeconds":0,)"
+              R"("downloadPatienceSeconds":0,"fileInUseSeconds":3,)"
+              R"("proxy":"proxy.example:8080","retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
       "");
@@ -43,11 +47,17 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.downloadFolder, L"C:\\Data\\D\u00E4");
   EXPECT_EQ(read.logFolder, L"Z:\\l");
   EXPECT_EQ(read.processTimeoutSeconds, 7U);
+  EXPECT_FALSE(read.installersMeetUser);
+  EXPECT_EQ(read.maxCheckScripts, 3U);
+  EXPECT_EQ(read.cancelledCheckGraceSeconds, 0U);
   EXPECT_EQ(read.downloadStallSeconds, 9U);
+  EXPECT_EQ(read.downloadPatienceSeconds, 0U);
+  EXPECT_EQ(read.fileInUseSeconds, 3U);
   EXPECT_EQ(read.maxFileBytes, 8589934592U);
   EXPECT_EQ(read.maxUnpackedBytes, 1024U);
   EXPECT_EQ(read.logMaxBytes, 4096U);
   EXPECT_EQ(read.retryWaitScale, 0.01);
+  EXPECT_EQ(read.proxy, L"proxy.example:8080");
   EXPECT_EQ(read.trustedPublishers, std::vector<std::string>{std::string(64, 'a')});
 }
 
@@ -57,6 +67,9 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
     const char* named;
   } rows[] = {
       {R"({"baseUrl":"https://h"})", "\"realm\" is missing"},
+      {WithMore(R"("proxy":"http://proxy:8080")"), "\"proxy\" must be a host and a port"},
+      {WithMore(R"("proxy":"user:word@proxy:8080")"), "\"proxy\" must be a host"},
+      {WithMore(R"("proxy":"one:1 two:2")"), "\"proxy\" must be a host"},
       {WithMore(R"("registered":1)"), "\"registered\" must be true or false"},
       {WithMore(R"("logFolder":true)"), "\"logFolder\" must be a text"},
       {WithMore(R"("downloadFolder":"C:\\")"), "\"downloadFolder\""},
@@ -64,10 +77,16 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("downloadFolder":"relative\\x")"), "\"downloadFolder\""},
       {WithMore(R"("processTimeoutSeconds":0)"), "\"processTimeoutSeconds\""},
       {WithMore(R"("processTimeoutSeconds":-1)"), "\"processTimeoutSeconds\""},
+      {WithMore(R"("maxCheckScripts":0)"), "\"maxCheckScripts\""},
+      {WithMore(R"("cancelledCheckGraceSeconds":3601)"), "\"cancelledCheckGraceSeconds\""},
+      {WithMore(R"("installerSession":"users")"),
+       "\"installerSession\" must be \"user\" or \"service\""},
       {WithMore(R"("logMaxBytes":"1")"), "\"logMaxBytes\""},
       {WithMore(R"("requestTimeoutSeconds":3601)"), "\"requestTimeoutSeconds\""},
       {WithMore(R"("installerTimeoutSeconds":0)"), "\"installerTimeoutSeconds\""},
       {WithMore(R"("downloadStallSeconds":86401)"), "\"downloadStallSeconds\""},
+      {WithMore(R"("downloadPatienceSeconds":86401)"), "\"downloadPatienceSeconds\""},
+      {WithMore(R"("fileInUseSeconds":3601)"), "\"fileInUseSeconds\""},
       {WithMore(R"("maxFileBytes":9007199254740992)"), "\"maxFileBytes\" must be a whole number"},
       {WithMore(R"("maxUnpackedBytes":1023)"), "\"maxUnpackedBytes\""},
       {WithMore(R"("retryWaitScale":2)"), "\"retryWaitScale\""},
@@ -91,6 +110,13 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
     EXPECT_EQ(error.find('\n'), std::string::npos) << error;
     EXPECT_EQ(untouched.realm, "before");
   }
+}
+
+TEST(Configuration, AServiceFollowsTheMachinesValueAlone) {
+  EXPECT_EQ(refhost::FileToRead(false, L"variable", L"machine"), L"variable");
+  EXPECT_EQ(refhost::FileToRead(false, L"", L"machine"), L"machine");
+  EXPECT_EQ(refhost::FileToRead(true, L"variable", L"machine"), L"machine");
+  EXPECT_EQ(refhost::FileToRead(true, L"variable", L""), L"");
 }
 
 }  // namespace

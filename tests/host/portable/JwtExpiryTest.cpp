@@ -26,7 +26,33 @@ TEST(JwtExpiry, IsReadFromWhatTellsIt) {
       {"nothing", "", std::nullopt},
       {"dots", "..", std::nullopt},
   };
-  for (const auto& row : rows) EXPECT_EQ(refhost::JwtExpiry(row.jwt), row.expiry) << row.name;
+  for (const auto& row : rows) {
+    const std::optional<refhost::JwtTimes> times = refhost::TimesOf(row.jwt);
+    EXPECT_EQ(times ? std::optional(times->expiry) : std::nullopt, row.expiry) << row.name;
+  }
+  EXPECT_EQ(refhost::TimesOf("e30.eyJleHAiOjksImlhdCI6N30.")->issued, 7);
+  EXPECT_EQ(refhost::TimesOf("e30.eyJleHAiOjksImlhdCI6IjcifQ.")->issued, std::nullopt);
+}
+
+TEST(JwtExpiry, IsCountedByTheCloudsClockWhereThatIsKnown) {
+  const struct {
+    const char* name;
+    std::optional<std::int64_t> issued, serverTime;
+    std::int64_t ownTime;
+    std::int64_t left;  ///< of a token that ends at 10,000
+  } rows[] = {
+      {"own clock hours fast", 6400, 6401, 20000, 3599},
+      {"own clock hours slow", 6400, 6401, 0, 3599},
+      {"issued long before it came", 6400, 9000, 6400, 1000},
+      {"server's clock behind the issuer's", 6400, 100, 0, 3600},
+      {"no date", 6400, std::nullopt, 0, 3600},
+      {"no time of issue", std::nullopt, 6400, 0, 3600},
+      {"neither", std::nullopt, std::nullopt, 9900, 100},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(refhost::SecondsLeft({10000, row.issued}, row.serverTime, row.ownTime), row.left)
+        << row.name;
+  }
 }
 
 TEST(JwtExpiry, OnlyAJwtMayStandInAHeader) {

@@ -82,7 +82,7 @@ TEST(Doctor, JudgesFoldersAndMakesNone) {
   changes["downloadFolder"] = InFolder(L"file\\downloads");
   changes["logFolder"] = InFolder(L"none yet\\logs");
   Findings findings = Examine(changes);
-  EXPECT_NE(findings["download-folder"].find("file is a file"), std::string::npos);
+  EXPECT_NE(findings["download-folder"].find("\\file: a file has its name"), std::string::npos);
   EXPECT_EQ(findings["log-folder"][0], '0') << findings["log-folder"];
   EXPECT_EQ(findings["token"][0], '2') << findings["token"];  // Worth a record in a log.
   EXPECT_FALSE(fs::exists(TestMachine::Folder() + L"\\none yet"));

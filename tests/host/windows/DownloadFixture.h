@@ -22,6 +22,17 @@ inline std::wstring InFolder(const std::wstring& name) {
   return ZLT::utility::GetZltKivDownloadPath() + L"\\" + name;
 }
 
+/// @return where a file is while it is not known to be whole.
+inline std::wstring Arriving(const std::wstring& name) {
+  return ZLT::utility::GetZltKivDownloadPath() + L".arriving\\" + name + L".part";
+}
+
+/// Opens a file as a scanner does. @return a handle to close.
+inline HANDLE Hold(const std::wstring& path) {
+  return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                     FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
 inline std::string Body(std::size_t size) {
   std::string body(size, '\0');
   for (std::size_t i = 0; i < size; ++i) body[i] = static_cast<char>(i * 7 + i / 251);
@@ -48,6 +59,7 @@ class Download {
                std::vector<DownloadProgressDetail>& each) {
           progress.push_back(total);
           filesInProgress = each.size();
+          if (onProgress) onProgress();
           if (throwing) throw std::runtime_error("progress");
           return goOn;
         },
@@ -71,6 +83,7 @@ class Download {
   GUID id = NoJob;
   bool goOn = true;
   bool throwing = false;
+  std::function<void()> onProgress;
   DownloadAgent::FileMap renewal;
   std::vector<bool> completions;
   GUID completedId = NoJob;
@@ -91,6 +104,14 @@ inline HttpAnswer AnswerFor(const std::string& path, int get) {
   if (path == "/cut") return {.body = Body(500), .announced = 100000};
   if (path == "/busy") return get == 1 ? HttpAnswer{.status = 503} : AnswerFor("/whole", get);
   if (path == "/page") return {.status = get == 1 ? 403 : 200, .body = Body(get == 1 ? 50 : 6000)};
+  if (path == "/overloaded") {
+    return get != 0 && get <= 4 ? HttpAnswer{.status = 503} : AnswerFor("/whole", get);
+  }
+  if (path == "/ranges" || path == "/noranges") {
+    HttpAnswer answer = AnswerFor(path == "/ranges" ? "/whole" : "/empty", get);
+    answer.ranges = true;
+    return get == 0 ? HttpAnswer{.status = 403} : answer;
+  }
   if (path == "/getonly") return get == 0 ? HttpAnswer{.status = 403} : AnswerFor("/whole", get);
   if (path == "/gone") return get == 0 ? AnswerFor("/other", get) : HttpAnswer{.status = 404};
   if (path == "/moved") return {.status = 302};
@@ -127,6 +148,7 @@ class DownloadAgentTest : public testing::Test {
   HttpAnswer Answer(const HttpSeen& seen) {
     const int get = seen.method == "GET" ? ++gets : 0;
     HttpAnswer answer = AnswerFor(seen.target.substr(0, seen.target.find('?')), get);
+    if (seen.headers.find("\r\nRange: bytes=0-0\r\n") != std::string::npos) Cut(answer);
     if (answer.status == 302) {
       answer.headers = "Location: http://localhost:" + std::to_string(other.Port()) + "/whole\r\n";
     }
@@ -134,6 +156,16 @@ class DownloadAgentTest : public testing::Test {
     answer.headers += "Connection: close\r\n";
     answer.close = true;
     return answer;
+  }
+
+  /// Of a server that knows ranges ("/getonly" does not): the first byte, if there is one.
+  static void Cut(HttpAnswer& answer) {
+    if (!answer.ranges) return;
+    const std::string size = std::to_string(answer.body.size());
+    answer.status = answer.body.empty() ? 416 : 206;
+    answer.headers =
+        "Content-Range: bytes " + (answer.body.empty() ? "*/0" : "0-0/" + size) + "\r\n";
+    answer.body.resize(std::min(answer.body.size(), std::size_t{1}));
   }
 
   /// Forgets what was asked before.

@@ -4,6 +4,7 @@
 #include <windows.h>
 // Behind windows.h, whose types it needs.
 #include <aclapi.h>
+#include <sddl.h>
 
 #include "host/common/RegUtil.h"
 #include "tests/host/windows/TestMachine.h"
@@ -129,6 +130,23 @@ TEST(Registry, WritesNumbersIntoThe64BitView) {
   }
   EXPECT_EQ(registry.CreateKey(HKEY_CURRENT_USER, std::wstring(300, L'k')), 0);
   RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\TolmarHostTest");
+}
+
+TEST(Registry, AKeyExistsThoughItMayNotBeWritten) {
+  const std::wstring key = L"Software\\TolmarHostTest";
+  CRegUtil registry;
+  ASSERT_NE(registry.CreateKey(HKEY_CURRENT_USER, key), 0);
+  HKEY opened = nullptr;
+  RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, WRITE_DAC | DELETE | KEY_WOW64_64KEY, &opened);
+  PSECURITY_DESCRIPTOR rules = nullptr;
+  ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;KR;;;WD)", SDDL_REVISION_1, &rules,
+                                                       nullptr);
+  RegSetKeySecurity(opened, DACL_SECURITY_INFORMATION, rules);
+  LocalFree(rules);
+  EXPECT_EQ(registry.SetKeyValueInt(HKEY_CURRENT_USER, key, L"Value", 1), 0);
+  EXPECT_NE(registry.CreateKey(HKEY_CURRENT_USER, key), 0);
+  RegDeleteKeyW(opened, L"");
+  RegCloseKey(opened);
 }
 
 }  // namespace

@@ -1,12 +1,16 @@
 #include "host/common/HttpRequest.h"
 
 #include <gtest/gtest.h>
+#include <windows.h>
+// Behind windows.h, whose types it needs.
+#include <winhttp.h>
 
 #include <atomic>
 #include <filesystem>
 #include <thread>
 
 #include "host/common/FileSystem.h"
+#include "tests/host/windows/FakeImport.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace {
@@ -115,24 +119,85 @@ TEST(HttpRequest, SendsBytesAndHeadersAsGivenOverOneConnection) {
   }
 }
 
-TEST(HttpRequest, OnlyAReusedConnectionThatBreaksIsTriedAgain) {
+TEST(HttpRequest, WhatAServerMayHaveReadIsNotSentAgain) {
   std::atomic<int> count{0};
   LoopbackServer server([&](const HttpSeen&) {
     return ++count == 2 ? HttpAnswer{.drop = true} : HttpAnswer{.body = "{}"};
   });
   EXPECT_TRUE(Post(server.Url(L"/1")).whole);
-  EXPECT_TRUE(Post(server.Url(L"/2")).whole);
+  const Outcome broken = Post(server.Url(L"/2"));  // over the first one's connection
+  EXPECT_FALSE(broken.whole);
+  EXPECT_GT(broken.status, 12000U);
+  EXPECT_TRUE(Post(server.Url(L"/3")).whole);
   const std::vector<HttpSeen> seen = server.Seen();
   ASSERT_EQ(seen.size(), 3U);
+  EXPECT_EQ(seen[1].target, "/2");
   EXPECT_EQ(seen[1].connection, 1);
-  EXPECT_EQ(seen[2].connection, 2);
-  EXPECT_EQ(seen[2].target + seen[2].body, "/2{}");
+  EXPECT_EQ(seen[2].target, "/3");
+}
 
-  LoopbackServer broken([](const HttpSeen&) { return HttpAnswer{.drop = true}; });
-  const Outcome outcome = Post(broken.Url(L"/"));
-  EXPECT_FALSE(outcome.whole);
-  EXPECT_GT(outcome.status, 12000U);
-  EXPECT_EQ(broken.Seen().size(), 1U);
+TEST(HttpRequest, AConnectionThatWasClosedMeanwhileIsNotUsed) {
+  LoopbackServer server([](const HttpSeen&) { return HttpAnswer{.body = "{}", .close = true}; });
+  for (int i = 1; i <= 3; ++i) {
+    EXPECT_TRUE(Post(server.Url(L"/")).whole);
+    server.WaitForClosed(i);
+  }
+  EXPECT_EQ(server.Seen().size(), 3U);
+}
+
+/// A server that asks for a client's certificate, and one request that is sent to it.
+struct AskingServer {
+  static inline int sent, declined;
+
+  static BOOL WINAPI Send(HINTERNET request, const wchar_t* headers, DWORD headersLength,
+                          void* body, DWORD length, DWORD total, DWORD_PTR context) {
+    if (++sent == 1 || declined == 0) {
+      SetLastError(ERROR_WINHTTP_CLIENT_AUTH_CERT_NEEDED);
+      return FALSE;
+    }
+    return WinHttpSendRequest(request, headers, headersLength, body, length, total, context);
+  }
+
+  static BOOL WINAPI SetOption(HINTERNET handle, DWORD option, void* value, DWORD size) {
+    if (option != WINHTTP_OPTION_CLIENT_CERT_CONTEXT) {
+      return WinHttpSetOption(handle, option, value, size);
+    }
+    if (value == WINHTTP_NO_CLIENT_CERT_CONTEXT && size == 0) ++declined;
+    return TRUE;
+  }
+};
+
+TEST(HttpRequest, AServerThatAsksForAClientsCertificateIsToldThatThereIsNone) {
+  LoopbackServer server([](const HttpSeen&) { return HttpAnswer{.body = "{}"}; });
+  AskingServer::sent = AskingServer::declined = 0;
+  const FakeImport send("winhttp.dll", "WinHttpSendRequest",
+                        reinterpret_cast<void*>(&AskingServer::Send));
+  const FakeImport option("winhttp.dll", "WinHttpSetOption",
+                          reinterpret_cast<void*>(&AskingServer::SetOption));
+  EXPECT_TRUE(Post(server.Url(L"/")).whole);
+  EXPECT_EQ(AskingServer::declined, 1);
+  EXPECT_EQ(AskingServer::sent, 2);
+  EXPECT_EQ(server.Seen().size(), 1U);
+}
+
+TEST(HttpRequest, GoesThroughTheConfiguredProxyUnlessItIsForThisMachine) {
+  LoopbackServer proxy([](const HttpSeen&) { return HttpAnswer{.status = 502, .close = true}; });
+  LoopbackServer own([](const HttpSeen&) { return HttpAnswer{.body = "{}"}; });
+  Json::Value changes;
+  changes["proxy"] = "127.0.0.1:" + std::to_string(proxy.Port());
+  const std::wstring configuration = TestMachine::ConfigurationWith(changes);
+  std::string output;
+  EXPECT_EQ(TestMachine::RunAgain(L"--post https://cloud.example/x", configuration, output), 1U);
+  EXPECT_EQ(TestMachine::RunAgain(L"--post " + own.Url(L"/x"), configuration, output), 0U);
+  ASSERT_EQ(proxy.Seen().size(), 1U);
+  EXPECT_EQ(proxy.Seen()[0].method + " " + proxy.Seen()[0].target, "CONNECT cloud.example:443");
+}
+
+TEST(HttpRequest, SpeaksTls12WhereTls13IsNotKnown) {
+  std::string output;
+  EXPECT_EQ(TestMachine::RunAgain(L"--older-windows", TestMachine::ConfigurationWith({}), output),
+            0U)
+      << output;
 }
 
 TEST(HttpRequest, ServesManyThreadsAtOnce) {

@@ -81,6 +81,11 @@ std::vector<HttpSeen> LoopbackServer::Seen() const {
   return _seen;
 }
 
+void LoopbackServer::WaitForClosed(int count) {
+  std::unique_lock lock(_mutex);
+  _closed.wait(lock, [&] { return _closedCount >= count; });
+}
+
 void LoopbackServer::Accept() {
   for (int number = 1;; ++number) {
     const SOCKET socket = accept(_listener, nullptr, nullptr);
@@ -104,6 +109,9 @@ void LoopbackServer::Serve(Socket socket, int number) {
     if (answer.close || answer.unannounced || cut) break;
   }
   shutdown(socket, SD_BOTH);
+  const std::scoped_lock lock(_mutex);
+  ++_closedCount;
+  _closed.notify_all();
 }
 
 bool LoopbackServer::ReceiveMore(Socket socket, std::string& pending) const {
@@ -136,7 +144,8 @@ bool LoopbackServer::Receive(Socket socket, std::string& pending, HttpSeen& seen
   seen.method = pending.substr(0, blank);
   seen.target = pending.substr(blank + 1, pending.find(' ', blank + 1) - blank - 1);
   seen.headers = pending.substr(line, end + 2 - line);
-  const std::size_t length = BodyLengthOf(seen.headers);
+  // To a proxy Wine announces the body that it means to send behind it.
+  const std::size_t length = seen.method == "CONNECT" ? 0 : BodyLengthOf(seen.headers);
   while (pending.size() < end + 4 + length) {
     if (!ReceiveMore(socket, pending)) return false;
   }

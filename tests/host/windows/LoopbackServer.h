@@ -26,6 +26,7 @@ struct HttpAnswer {
   std::string headers{};                   ///< further lines, each with CR LF
   std::optional<std::size_t> announced{};  ///< Content-Length, when not that of the body
   bool unannounced = false;            ///< no Content-Length; the connection's end ends the body
+  bool ranges = false;                 ///< for the test: parts may be asked for
   bool close = false;                  ///< the connection is closed behind the reply
   bool drop = false;                   ///< the connection is closed in the place of a reply
   std::chrono::milliseconds delay{0};  ///< before the reply
@@ -50,6 +51,9 @@ class LoopbackServer {
   std::wstring Url(const std::wstring& path) const;
   std::vector<HttpSeen> Seen() const;
 
+  /// Blocks until the server has closed so many connections.
+  void WaitForClosed(int count);
+
  private:
   using Socket = std::uintptr_t;  ///< as Winsock has it
 
@@ -63,6 +67,8 @@ class LoopbackServer {
 
   mutable std::mutex _mutex;
   std::condition_variable _stopped;
+  std::condition_variable _closed;
+  int _closedCount = 0;
   bool _stopping = false;
   Handler _handler;
   std::vector<HttpSeen> _seen;

@@ -9,6 +9,7 @@
 
 #include "host/common/CriticalSection.h"
 #include "host/core/ZLTPublisherSubscriber.h"
+#include "tests/host/windows/TestMachine.h"
 
 namespace {
 
@@ -111,6 +112,15 @@ TEST(Bus, ACallbackMayUseTheBus) {
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(nested, 2);
   Bus().Unsubscribe(inner);
+}
+
+TEST(Bus, AComponentMayBeUnloadedAndLoadedAgain) {
+  LoopbackServer server([](const HttpSeen&) { return HttpAnswer{.body = "whole"}; });
+  std::string output;
+  EXPECT_EQ(TestMachine::RunAgain(L"--reload " + server.Url(L"/guest.bin"),
+                                  TestMachine::ConfigurationWith({}), output),
+            0U)
+      << output;
 }
 
 TEST(CriticalSection, KeepsOthersOutUntilItsLastExit) {

@@ -4,9 +4,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <stdexcept>
 
+#include "host/common/DownloadAgent.h"
+#include "host/common/FileSystem.h"
 #include "host/common/PackageExtractor.h"
+#include "tests/host/windows/FakeImport.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace fs = std::filesystem;
@@ -26,13 +30,13 @@ class Package {
   /// @param fixture in, the name of one of the prepared cabinets.
   explicit Package(const std::string& fixture) {
     static int number = 0;
-    folder = fs::temp_directory_path() /
+    folder = fs::path(TestMachine::Folder()) /
              ("package" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number));
-    fs::create_directories(folder);
+    FileSystem::createDirectory(folder.wstring(), false);
     cab = folder / "the package.cab";
     fs::copy_file(Fixtures() / fixture, cab);
   }
-  ~Package() { fs::remove_all(folder); }
+  ~Package() { FileSystem::deleteDirectoryOrFile(folder.wstring(), true); }
 
   /// @return the relative paths of everything in the folder, in order.
   std::vector<std::string> Contents() const {
@@ -42,6 +46,13 @@ class Package {
     }
     std::sort(contents.begin(), contents.end());
     return contents;
+  }
+
+  /// @return true when nobody has the package open.
+  bool IsFree() const {
+    const HANDLE file =
+        CreateFileW(cab.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) != 0;
   }
 
   fs::path folder;
@@ -60,6 +71,10 @@ TEST(PackageExtractor, UnpacksIntoNewFoldersBesideThePackage) {
   EXPECT_EQ(first, package.folder / "the package");
   EXPECT_EQ(Read(first / "tools" / "one.txt"), "one\n");
   EXPECT_EQ(Read(first / "tools" / "deep" / "two.txt"), "two\n");
+  const std::wstring deep =
+      std::wstring(119, L'0') + L"1\\" + std::wstring(119, L'0') + L"2\\far.txt";
+  EXPECT_GT((first / deep).wstring().size(), 300U);
+  EXPECT_EQ(TestMachine::ReadFile(L"\\\\?\\" + (first / deep).wstring()), "far\n");
   const fs::path second = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
   EXPECT_NE(second, first);
   EXPECT_EQ(Read(second / "install.ps1"), Read(first / "install.ps1"));
@@ -100,6 +115,63 @@ TEST(PackageExtractor, LeavesNothingOfWhatItDoesNotTake) {
   }
 }
 
+TEST(PackageExtractor, NobodyMovesTheFolderBeforeItsInstallerRuns) {
+  const Package package("nested.cab");
+  const fs::path folder = ZLT::PackageExtractor::ExtractCab(package.cab.wstring());
+  EXPECT_FALSE(MoveFileExW(folder.c_str(), (package.folder / "other").c_str(), 0));
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SHARING_VIOLATION});
+}
+
+TEST(PackageExtractor, UnpacksNothingWhereOthersMayWrite) {
+  const Package package("nested.cab");
+  TestMachine::LetEverybodyWrite(package.folder.wstring());
+  EXPECT_THROW(ZLT::PackageExtractor::ExtractCab(package.cab.wstring()), std::runtime_error);
+  EXPECT_EQ(package.Contents(), Untouched);
+  TestMachine::LetEverybodyWrite(package.folder.wstring(), false);
+}
+
+/// A cabinet that announces so many files of 2 GB each, and holds none of them.
+std::string HugeCabinet(std::uint16_t count) {
+  std::string bytes;
+  const auto add = [&bytes](std::uint32_t value, int size) {
+    for (; size > 0; --size, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+  };
+  constexpr std::uint32_t Head = 36, Folder = 8, Entry = 16 + 6;
+  bytes = "MSCF";
+  for (const std::uint32_t value : {0u, Head + Folder + count * Entry, 0u, Head + Folder, 0u}) {
+    add(value, 4);
+  }
+  for (const std::uint32_t value : {0x0103u, 1u, std::uint32_t{count}, 0u, 0u, 0u}) add(value, 2);
+  add(Head + Folder + count * Entry, 4);
+  add(0, 4);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    add(0x7FFF8000, 4);
+    add(0, 4);
+    for (int field = 0; field < 4; ++field) add(0, 2);
+    bytes += std::to_string(10000 + i);
+    add(0, 1);
+  }
+  return bytes;
+}
+
+TEST(PackageExtractor, AsksForRoomBeforeItUnpacks) {
+  const std::wstring cab = TestMachine::Folder() + L"\\huge.cab";
+  TestMachine::WriteFile(cab, HugeCabinet(50000));
+  Json::Value changes;
+  changes["requireSignedPackages"] = false;
+  changes["maxUnpackedBytes"] = (Json::UInt64{1} << 53) - 1;
+  SetEnvironmentVariableW(L"TOLMAR_TEST_PACKAGE", cab.c_str());
+  std::string output;
+  EXPECT_NE(
+      TestMachine::RunAgain(L"--gtest_filter=PackageExtractor.TakesThePackageOfTheEnvironment",
+                            TestMachine::ConfigurationWith(changes), output),
+      0U);
+  SetEnvironmentVariableW(L"TOLMAR_TEST_PACKAGE", nullptr);
+  EXPECT_NE(output.find("unpacks to 107372544000000 bytes, the disk has room for "),
+            std::string::npos)
+      << output;
+}
+
 TEST(PackageExtractor, TakesNoPackageThatSomebodyMayStillChange) {
   const Package package("signed.cab");
   EXPECT_THROW(ZLT::PackageExtractor::ExtractCab((package.folder / "none.cab").wstring()),
@@ -114,6 +186,51 @@ TEST(PackageExtractor, TakesNoPackageThatSomebodyMayStillChange) {
 }
 
 /// Run once more by the test below, in processes with packages and configurations of their own.
+/// Windows as it judges a signature while the network is slow.
+struct SlowTrust {
+  static inline HANDLE asked, answered;
+  static inline ULONGLONG passed;
+
+  static LONG WINAPI Verify(HWND, GUID*, void*) {
+    SetEvent(asked);
+    WaitForSingleObject(answered, 60000);
+    return 0;
+  }
+  static BOOL WINAPI AwakeTime(ULONGLONG* ticks) {
+    if (!QueryUnbiasedInterruptTime(ticks)) return FALSE;
+    *ticks += passed;
+    return TRUE;
+  }
+};
+
+TEST(PackageExtractor, ASignatureThatWaitsForTheNetworkIsGivenUp) {
+  SlowTrust::asked = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+  SlowTrust::answered = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  SlowTrust::passed = 0;
+  const FakeImport trust("wintrust.dll", "WinVerifyTrust",
+                         reinterpret_cast<void*>(&SlowTrust::Verify));
+  const FakeImport clock("kernel32.dll", "QueryUnbiasedInterruptTime",
+                         reinterpret_cast<void*>(&SlowTrust::AwakeTime));
+  const Package package("signed.cab");
+  const auto extract = [&] {
+    auto done =
+        std::async(std::launch::async, &ZLT::PackageExtractor::ExtractCab, package.cab.wstring());
+    EXPECT_EQ(WaitForSingleObject(SlowTrust::asked, 20000), WAIT_OBJECT_0);
+    return done;
+  };
+  auto late = extract();
+  SlowTrust::passed = 61'000ULL * 10'000;
+  EXPECT_EQ(late.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  auto stopped = extract();
+  DownloadAgent::GetInstance(L"Signature", {}, {}, {})->CleanUp();
+  EXPECT_EQ(stopped.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  SetEvent(SlowTrust::answered);
+  EXPECT_EQ(late.get(), L"");
+  EXPECT_THROW(stopped.get(), std::runtime_error);
+  EXPECT_NE(TestMachine::ReadLog(L"ZLT.log").find("was not judged in time"), std::string::npos);
+  while (!package.IsFree()) SwitchToThread();  // what was left behind comes to its end
+}
+
 TEST(PackageExtractor, TakesThePackageOfTheEnvironment) {
   const char* fixture = std::getenv("TOLMAR_TEST_PACKAGE");
   const Package package(fixture == nullptr ? "signed.cab" : fixture);

@@ -4,6 +4,8 @@
 #include <windows.h>
 
 #include <chrono>
+#include <cstdint>
+#include <cstring>
 #include <thread>
 
 #include "host/common/FileSystem.h"
@@ -24,6 +26,17 @@ std::wstring Child(const std::wstring& arguments) {
 int Launch(const std::wstring& commandLine, HANDLE cancel = nullptr) {
   return ProcessWrap::LaunchApplicationAndCheckExitCode(commandLine, TestMachine::Folder(), true,
                                                         cancel);
+}
+
+/// @return the exit code of an installer that ends.
+DWORD Install(const std::wstring& commandLine) {
+  HANDLE process = nullptr;
+  ProcessWrap::CreateProcessInUserSession(commandLine, TestMachine::Folder(), process, true);
+  EXPECT_EQ(WaitForSingleObject(process, 20000), DWORD{WAIT_OBJECT_0});
+  DWORD exitCode = 0xFFFFFFFF;
+  GetExitCodeProcess(process, &exitCode);
+  CloseHandle(process);
+  return exitCode;
 }
 
 /// A named event for a child to wait for, and what the child answers with.
@@ -68,11 +81,15 @@ TEST(ProcessWrap, SucceedsExactlyWhenTheProgramRanAndExitedWith0) {
             0);
 }
 
-TEST(ProcessWrap, NoProgramWaitsForInput) { EXPECT_NE(Launch(Child(L"--read-input")), 0); }
+TEST(ProcessWrap, NoProgramWaitsForInput) {
+  EXPECT_NE(Launch(Child(L"--read-input")), 0);
+  EXPECT_EQ(Install(Child(L"--read-input")), 0U);
+}
 
-TEST(ProcessWrap, ACancelledProgramIsNotStarted) {
+TEST(ProcessWrap, AProgramRunsThoughTheCancelEventIsSignalledAlready) {
   const HANDLE cancel = CreateEventW(nullptr, TRUE, TRUE, nullptr);
-  EXPECT_EQ(Launch(Child(L"--exit 0"), cancel), 0);
+  EXPECT_NE(Launch(Child(L"--exit 0"), cancel), 0);
+  EXPECT_EQ(Launch(Child(L"--exit 1"), cancel), 0);
   CloseHandle(cancel);
 }
 
@@ -95,15 +112,79 @@ TEST(ProcessWrap, CancellingEndsTheWholeTreeSoon) {
   CloseHandle(cancel);
 }
 
-TEST(ProcessWrap, TheTimeOutEndsTheProgram) {
-  const Rendezvous hung(L"tolmar-hung");
-  Json::Value changes;
-  changes["processTimeoutSeconds"] = 1;
-  std::string output;
-  EXPECT_EQ(TestMachine::RunAgain(L"--launch-waiter " + hung.text,
-                                  TestMachine::ConfigurationWith(changes), output),
-            0U);
-  EXPECT_EQ(TestMachine::LastError().find("ProcessWrap: ended by its time-out of 1 s after 1"), 0U);
+TEST(ProcessWrap, TheTimeOutCountsFromAProgramsStartAndTheGraceFromItsCall) {
+  const struct {
+    const char* key;
+    const wchar_t* event;
+    const char* records[2];
+  } rows[] = {
+      {"processTimeoutSeconds",
+       L"",
+       {"ended by its time-out of 1 s after 1", "ended by its time-out of 1 s after 1"}},
+      {"cancelledCheckGraceSeconds",
+       L" signalled",
+       {"ended by its grace of 1000 ms after the cancel event after ",
+        "not started, its grace of 1000 ms after the cancel event came before its turn: "}},
+  };
+  for (const auto& row : rows) {
+    const Rendezvous hung(L"tolmar-hung");
+    Json::Value changes;
+    changes[row.key] = 1;
+    changes["maxCheckScripts"] = 1;
+    const std::wstring configuration = TestMachine::ConfigurationWith(changes);
+    const std::size_t before = TestMachine::ReadLog(L"ZLT.log").size();
+    std::string output;
+    EXPECT_EQ(
+        TestMachine::RunAgain(L"--launch-waiters " + hung.text + row.event, configuration, output),
+        0U);
+    std::string log = TestMachine::ReadLog(L"ZLT.log").substr(before);
+    for (const char* record : row.records) {
+      const std::size_t found = log.find(std::string(" E ProcessWrap: ") + record);
+      ASSERT_NE(found, std::string::npos) << record << '\n' << log;
+      log.erase(found, std::strlen(record));
+    }
+  }
+}
+
+TEST(ProcessWrap, WhoWaitsForATurnIsCancelledAtOnce) {
+  const Rendezvous first(L"tolmar-first"), second(L"tolmar-second");
+  const HANDLE cancel = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  int results[3] = {7, 7, 7};
+  // Two places: TestMachine's configuration.
+  std::thread one([&] { results[0] = Launch(Child(L"--hold " + first.text)); });
+  std::thread two([&] { results[1] = Launch(Child(L"--hold " + second.text)); });
+  EXPECT_EQ(WaitForSingleObject(first.ready, 20000), DWORD{WAIT_OBJECT_0});
+  EXPECT_EQ(WaitForSingleObject(second.ready, 20000), DWORD{WAIT_OBJECT_0});
+  std::thread three([&] { results[2] = Launch(Child(L"--exit 0"), cancel); });
+  // Whether it waits already or comes later, there is no place for it.
+  SetEvent(cancel);
+  three.join();
+  EXPECT_EQ(results[2], 0);
+  EXPECT_EQ(WaitForSingleObject(first.end, 0), DWORD{WAIT_TIMEOUT});
+  EXPECT_EQ(TestMachine::LastError().find("ProcessWrap: not started, "), 0U);
+  SetEvent(first.end);
+  SetEvent(second.end);
+  one.join();
+  two.join();
+  EXPECT_NE(results[0], 0);
+  EXPECT_NE(results[1], 0);
+  CloseHandle(cancel);
+}
+
+TEST(ProcessWrap, NoHandleIsInheritedButTheStreams) {
+  SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+  const HANDLE event = CreateEventW(&inheritable, TRUE, FALSE, nullptr);
+  const std::wstring line =
+      Child(L"--set " + std::to_wstring(reinterpret_cast<std::uintptr_t>(event)));
+  Launch(line);
+  Install(line);
+  EXPECT_EQ(WaitForSingleObject(event, 0), DWORD{WAIT_TIMEOUT});
+  CloseHandle(event);
+}
+
+TEST(ProcessWrap, AnInstallersChildrenMayLeaveItsJob) {
+  EXPECT_EQ(Install(Child(L"--break-away")), 0U);
+  EXPECT_EQ(Launch(Child(L"--break-away")), 0);
 }
 
 TEST(ProcessWrap, TheRecordOfAProgramHoldsTheEndOfItsOutput) {

@@ -1,18 +1,25 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <ctime>
 #include <cwchar>
+#include <future>
 #include <set>
 #include <thread>
 
 #include "host/common/ApiUtility.h"
 #include "host/common/DateTime.h"
+#include "host/common/DownloadAgent.h"
 #include "host/common/EpUrlProvider.h"
+#include "host/common/HttpRequest.h"
+#include "host/common/Text.h"
 #include "host/common/Utility.h"
 #include "host/core/DeviceIdAgent.h"
+#include "host/core/ZLTPublisherSubscriber.h"
 #include "host/session/Tessary.h"
 #include "reference_host/Startup.h"
+#include "tests/host/windows/FakeImport.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace {
@@ -114,6 +121,109 @@ TEST(TokenBroker, ManyThreadsShareOneExchange) {
   EXPECT_EQ(Cloud().Seen().size(), 1U);
 }
 
+TEST(TokenBroker, ManyThreadsShareAFailureToo) {
+  Cloud().Script([](const HttpSeen&) {
+    return HttpAnswer{.status = 503, .delay = std::chrono::milliseconds(300)};
+  });
+  std::vector<std::thread> titles;
+  for (int i = 0; i < 200; ++i) {
+    titles.emplace_back([] {
+      std::string jwt;
+      for (int attempt = 0; attempt < 3; ++attempt) EXPECT_EQ(Ask("dead", jwt), 503U);
+    });
+  }
+  for (std::thread& title : titles) title.join();
+  EXPECT_LT(Cloud().Seen().size(), 30U);  // of 600
+}
+
+TEST(TokenBroker, AStopLetsGoOfWhoWaitsForAnothersExchange) {
+  const struct {
+    std::string session;
+    std::function<void()> stop;
+  } rows[] = {
+      {"download service stops",
+       [] { DownloadAgent::GetInstance(L"Broker", {}, {}, {})->CleanUp(); }},
+      {"last subscriber goes",
+       [] {
+         auto* bus = ZLTPublisherSubscriber::GetInstance();
+         bus->Unsubscribe(bus->Subscribe([](ZLTNotificationData&) {}, false));
+       }},
+  };
+  for (const auto& row : rows) {
+    std::promise<void> release;
+    Cloud().Script([answer = release.get_future().share()](const HttpSeen&) {
+      answer.wait();
+      return Giving(JwtFor(3600, "late"));
+    });
+    std::string jwts[2];
+    auto first = std::async(std::launch::async, Ask, row.session, std::ref(jwts[0]));
+    while (Cloud().Seen().empty()) std::this_thread::yield();
+    auto second = std::async(std::launch::async, Ask, row.session, std::ref(jwts[1]));
+    row.stop();
+    EXPECT_EQ(second.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    release.set_value();
+    EXPECT_EQ(second.get(), 12017U) << row.session;
+    EXPECT_EQ(first.get(), 0U) << row.session;
+  }
+}
+
+/// The time since the system's start, as it is after a long sleep.
+ULONGLONG slept = 0;
+ULONGLONG WINAPI TickCountAfterSleep() { return GetTickCount64() + slept; }
+
+TEST(TokenBroker, CountsATokensAgeWhileTheMachineSleepsAndByNoClockOfItsOwn) {
+  const struct {
+    std::string session;
+    std::string times;
+    std::string headers;
+  } rows[] = {
+      {"by its own times", R"({"iat":1000,"exp":4600})", ""},
+      {"by the server's date", R"({"exp":784115377})", "Date: Sun, 06 Nov 1994 08:49:37 GMT\r\n"},
+      {"both are of this year", R"({"iat":4102444800,"exp":4102448400})",
+       "Date: Fri, 01 Jan 2100 00:00:00 GMT\r\n"},
+  };
+  slept = 0;
+  const FakeImport clock("kernel32.dll", "GetTickCount64",
+                         reinterpret_cast<void*>(&TickCountAfterSleep));
+  for (const auto& row : rows) {
+    Cloud().Script([&](const HttpSeen&) {
+      HttpAnswer answer = Giving("e30." + Base64Url(row.times) + ".age");
+      answer.headers = row.headers;
+      return answer;
+    });
+    std::string jwt;
+    for (const auto& [seconds, exchanges] : {std::pair(0, 1), {3500, 1}, {41, 2}}) {
+      slept += 1000ULL * seconds;
+      EXPECT_EQ(Ask(row.session, jwt), 0U);
+      EXPECT_EQ(Cloud().Seen().size(), static_cast<std::size_t>(exchanges)) << row.session;
+    }
+  }
+}
+
+TEST(TokenBroker, ATokenThatTheCloudRefusesIsExchangedAnew) {
+  std::atomic<int> exchanges{0};
+  Cloud().Script([&](const HttpSeen& seen) {
+    if (seen.target != "/token") return HttpAnswer{.status = 401};
+    return Giving(JwtFor(3600, "number" + std::to_string(++exchanges)));
+  });
+  const auto refuse = [](const std::string& jwt) {
+    ZLT::HttpRequest request(Cloud().Url(L"/query").c_str(), L"", nullptr,
+                             ZLT::HttpTimeouts::DEFAULT);
+    const std::wstring headers =
+        L"Content-Type: application/json\r\ntoken: " + ZLT::String::UTF8ToUTF16(jwt);
+    request.doPost("{}", 2, headers.c_str());
+    return request.getStatusCode();
+  };
+  std::string old, jwt;
+  EXPECT_EQ(Ask("revoked", old), 0U);
+  EXPECT_EQ(refuse(old), 401U);
+  EXPECT_EQ(Ask("revoked", jwt), 0U);
+  EXPECT_EQ(exchanges, 2);
+  EXPECT_EQ(refuse(old), 401U);  // it is the newer one's that is kept
+  EXPECT_EQ(Ask("revoked", jwt), 0U);
+  EXPECT_EQ(exchanges, 2);
+}
+
 TEST(Identity, IsTheConfiguredTextAndItsHash) {
   DeviceIdAgent* agent = DeviceIdAgent::GetInstance(DeviceIdentityService::GetInstance());
   std::wstring text;
@@ -162,8 +272,8 @@ TEST(RetryWait, DiffersFromCallToCallAndIsScaled) {
   std::set<unsigned int> waits;
   for (int i = 0; i < 100; ++i) {
     const unsigned int wait = ZLT::ApiUtility::GetSleepDurationInMillis(2, 2, 900);
-    EXPECT_GE(wait, 225000U);  // half of 450 s: the configuration scales by 0.5
-    EXPECT_LE(wait, 450000U);
+    EXPECT_GE(wait, 45000U);  // half of 450 s: the configuration scales by 0.1
+    EXPECT_LE(wait, 90000U);
     waits.insert(wait);
   }
   EXPECT_GT(waits.size(), 50U);

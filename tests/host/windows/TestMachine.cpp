@@ -2,6 +2,9 @@
 
 #include <json/writer.h>
 #include <windows.h>
+// Behind windows.h, whose types they need.
+#include <aclapi.h>
+#include <sddl.h>
 
 #include <filesystem>
 #include <fstream>
@@ -10,6 +13,7 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Text.h"
+#include "host/common/Utility.h"
 
 namespace TestMachine {
 
@@ -18,12 +22,13 @@ namespace {
 std::unique_ptr<LoopbackServer> cloud;
 std::wstring folder;
 
+/// Not in the folder for temporary files, which an elevated host does not trust: its user's other
+/// programs write there.
 std::wstring MakeFolder() {
-  wchar_t parent[MAX_PATH];
-  GetTempPathW(MAX_PATH, parent);
-  std::wstring path = parent + (L"tolmar-" + std::to_wstring(GetCurrentProcessId()));
+  std::wstring path = L"C:\\ProgramData\\tolmar-test-" + std::to_wstring(GetCurrentProcessId());
   FileSystem::deleteDirectoryOrFile(path, true);
-  FileSystem::createDirectory(path, false);
+  // Missing parents get the suite's own rules.
+  FileSystem::createDirectory(path + L"\\logs", true);
   return path;
 }
 
@@ -40,11 +45,14 @@ Json::Value Configuration() {
   root["logFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\logs");
   root["downloadFolder"] = ZLT::String::UTF16ToUTF8(folder + L"\\downloads");
   root["processTimeoutSeconds"] = 20;
+  root["maxCheckScripts"] = 2;
   root["logMaxBytes"] = 65536;
   root["downloadStallSeconds"] = 3;
   root["leaseWaitSeconds"] = 2;
   root["maxFileBytes"] = 1 << 18;
-  root["retryWaitScale"] = 0.5;
+  root["downloadPatienceSeconds"] = 20;
+  root["fileInUseSeconds"] = 1;
+  root["retryWaitScale"] = 0.1;
   return root;
 }
 
@@ -102,6 +110,8 @@ std::wstring ConfigurationWith(const Json::Value& changes) {
 
 unsigned long RunAgain(const std::wstring& arguments, const std::wstring& configuration,
                        std::string& output) {
+  // With its folder, this process gives the machine's lease back.
+  FileSystem::deleteDirectoryOrFile(ZLT::utility::GetZltKivDownloadPath(), true);
   SECURITY_ATTRIBUTES inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   HANDLE readEnd = nullptr, writeEnd = nullptr;
   CreatePipe(&readEnd, &writeEnd, &inheritable, 0);
@@ -133,6 +143,16 @@ std::string ReadFile(const std::wstring& path) {
 
 void WriteFile(const std::wstring& path, const std::string& bytes) {
   std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
+}
+
+void LetEverybodyWrite(const std::wstring& path, bool allowed) {
+  PSECURITY_DESCRIPTOR rules = nullptr;
+  ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      allowed ? L"D:P(A;OICI;FA;;;WD)" : L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)", SDDL_REVISION_1,
+      &rules, nullptr);
+  SetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                   rules);
+  LocalFree(rules);
 }
 
 std::string ReadLog(const std::wstring& name) { return ReadFile(folder + L"\\logs\\" + name); }

@@ -33,6 +33,10 @@ unsigned long RunAgain(const std::wstring& arguments, const std::wstring& config
 std::string ReadFile(const std::wstring& path);
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
+/// Gives a file or folder an access list with which everybody may write to it, or administrators
+/// and SYSTEM alone.
+void LetEverybodyWrite(const std::wstring& path, bool allowed = true);
+
 /// @return the lines of a log of the suite.
 std::string ReadLog(const std::wstring& name);
 

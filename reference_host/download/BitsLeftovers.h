@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+
+#include "reference_host/download/BitsJob.h"
+
+namespace refhost {
+
+/// Looks through the jobs of this account that earlier downloads have left: a host's death, a
+/// restart of the machine, a stop. Takes up one that fetches nothing but files of the order, from
+/// the addresses of the order (their queries may differ) to the places of the order, and cancels
+/// the others of the order's name. Jobs of other accounts are let alone.
+/// @param result out, S_OK or BITS's error. @return the job, in whatever state; null for none.
+std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const BitsOrder& order,
+                                         HRESULT& result);
+
+/// Counts the jobs of this account that fetch into a folder.
+/// @param count out. @return S_OK or BITS's error.
+HRESULT CountJobsInto(const BitsJob::Manager& manager, const std::wstring& folder,
+                      unsigned long& count);
+
+}  // namespace refhost
