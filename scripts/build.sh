@@ -61,7 +61,7 @@ for lane in "$@"; do
     windows) for_windows ;;
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;
-    delivery) for_windows delivery_bench idle_host scriptrunner labtrust ;;
+    delivery) for_windows delivery_bench idle_host tolmarctl scriptrunner labtrust ;;
     cloudsim | herd) native "$lane" ;;
     load) for_windows load_bench scriptrunner labtrust ;;
     micro) native micro_bench ;;
@@ -78,7 +78,7 @@ for lane in "$@"; do
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
     native) native cloudsim cloudsim_tests e2e_tests ;;
-    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests fuzz_replay ;;
+    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests tolmarctl_tests fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

@@ -6,7 +6,7 @@ source scripts/common.sh
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
   libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode shellcheck wine wine64 xz-utils zlib1g-dev)
+  make ninja-build openssl osslsigncode python3-jsonschema shellcheck wine wine64 xz-utils zlib1g-dev)
 PACKAGES+=("$@")
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw

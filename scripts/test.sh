@@ -110,6 +110,7 @@ suite "agent, thread sanitizer" setarch -R "$BUILD/tsan/bin/agent_unit_tests"
 suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
+suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
 
 echo "Windows lane"
@@ -127,12 +128,17 @@ beyond_wine+=:DownloadAgentTest.AJobThatADeadProcessHasLeftIsOutOfTheWay
 [ "$filter" != '*' ] || filter="HttpRequest.*:DownloadAgentTest.*:BitsTest.*:FileSystem*:Log*-$beyond_wine" \
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
+suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"
   source tests/e2e/fixtures.sh
   e2e_fixtures "$BUILD/e2e"
-  suite "agent, host, cloud" env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "$BUILD/native/bin/e2e_tests"
+  runs=$BUILD/e2e/runs.jsonl
+  rm -f "$runs"
+  suite "agent, host, cloud" env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "E2E_RUNS=$runs" "$BUILD/native/bin/e2e_tests"
+  # Debian's own Python, which has Debian's modules. Of some tests alone not every schema has an output.
+  [ "$filter" != '*' ] || check "schemas" /usr/bin/python3 tests/schema/check.py "$runs"
   check "installed package's example" bash scripts/installed.sh example
 fi
 

@@ -1,5 +1,6 @@
 #include <windows.h>
 // Behind windows.h, whose types it needs.
+#include <json/value.h>
 #include <winhttp.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include "bench/common/Time.h"
 #include "bench/delivery/Parts.h"
 #include "bench/delivery/StraightLine.h"
+#include "host/common/EpUrlProvider.h"
 #include "reference_host/base/Url.h"
 
 namespace {
@@ -67,6 +69,20 @@ double MedianOf(int calls, const std::function<void()>& call) {
 void MeasureFirstExchange(const Order&) {
   PrintSample("floor", MillisecondsOf([] {
                 StraightLine::Post(L"hasEntitlement", StraightLine::DeviceBody(L"hasEntitlement"));
+              }));
+}
+
+void MeasureReading(const Order&) {
+  PrintSample("calls", MillisecondsOf([] {
+                std::wstring base, realm;
+                EpUrlProvider::GetInstance()->GetBaseUrl(base);
+                EpUrlProvider::GetInstance()->GetRealm(realm);
+                TolmarAgent::SetBaseUri(base);
+                TolmarAgent::SetRealm(realm);
+                Json::Value titles;
+                const unsigned long code = TolmarAgent::GetInstance()->GetEntitledSoftware(titles);
+                if (code != 0) throw std::runtime_error("the query failed");
+                TolmarAgent::GetInstance()->CleanUp();
               }));
 }
 

@@ -22,6 +22,7 @@ void Describe(CLI::App& app, Part& chosen, Order& order) {
   install->add_option("--files", order.files, "one title with one module of so many files instead");
   install->add_flag("--agent-only", order.agentOnly);
   add("first-exchange", MeasureFirstExchange, "what a start-up asks of the service");
+  add("reading", MeasureReading, "what a command that only reads has the agent do");
   add("exchange", MeasureExchange, "a query: the agent against WinHTTP")
       ->add_option("--calls", order.calls, "for one sample");
   CLI::App* status = add("status", MeasureInstalledState,

@@ -23,6 +23,9 @@ void MeasureInstallation(const Order& order);
 /// What a start-up of the agent asks of the service, by the straight line, in milliseconds.
 void MeasureFirstExchange(const Order& order);
 
+/// What a command that only reads has the agent do, from its start to its end, in milliseconds.
+void MeasureReading(const Order& order);
+
 /// Asks whether the device is entitled, in milliseconds a call: the agent against WinHTTP.
 void MeasureExchange(const Order& order);
 

@@ -18,6 +18,18 @@ measure_install() {
   curve "installation, by files of one module" "${FILES[*]}" --files
 }
 
+reading_round() {
+  clocked floor sample delivery_bench reading
+  clocked agent lab_wine "$LIMIT" "$LAB_BIN/tolmarctl.exe" --json list
+}
+
+measure_reading() {
+  rm -f "$SAMPLES"
+  rounds "$((4 * ROUNDS))" reading_round
+  row "tolmarctl list, against a program of these calls alone" ms "≤ +100 ms" "$SAMPLES"
+  row "tolmarctl list, against these calls within it" ms - "$SAMPLES" agent calls
+}
+
 exchange_round() {
   sample_round exchange
   native_calls

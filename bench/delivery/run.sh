@@ -11,7 +11,7 @@ LIMIT=300
 PLACE=$LAB_C/lab/bench
 SAMPLES=$RESULTS/samples
 
-PARTS=(install exchange status download extract footprint)
+PARTS=(install reading exchange status download extract footprint)
 
 # sample PROGRAM ARGUMENT…: the program's samples are added to $SAMPLES. Now and then Wine's BITS service falls silent for
 # good (its RPC server waits for a call that has ended): a PC that is started anew goes on.

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "host/Export.h"
+
 namespace refhost {
 
 /// Where downloads and logs go on a machine that configures nothing else: "Tolmar\Downloads" and
@@ -11,6 +13,6 @@ std::wstring DefaultLogFolder();
 
 /// Where they go on this machine: the configured folders, without a configuration the default ones.
 std::wstring DownloadFolder();
-std::wstring LogFolder();
+ZLT_API std::wstring LogFolder();
 
 }  // namespace refhost

@@ -65,7 +65,6 @@ std::optional<BitsFailure> BitsDownload::Prepare() {
   if (_takenUp) {
     std::vector<BitsProgress> progress;
     result = _job->Progress(progress);
-    _files.TakeUp(_job->Files());
     _files.Update(progress);
     ZLT::g_log.d(L"DownloadAgent: job %s of an earlier download is taken up", _order.name.c_str());
   } else {
@@ -189,9 +188,9 @@ bool BitsDownload::GoOn() {
   BG_JOB_STATE state;
   if (FAILED(_job->State(state))) return false;
   if (state == BG_JOB_STATE_TRANSFERRED) return true;
-  const std::vector<BitsFile> renewed = _files.Renewed();
-  if ((!takenUp && renewed.empty()) || _job->Redirect(JobOrder(), renewed)) {
-    _files.ForgetRenewed();
+  // BITS gives a job the address that a server has redirected it to: it must not go on there.
+  const std::vector<BitsFile> readdressed = _files.Readdressed(_job->Files());
+  if ((!takenUp && readdressed.empty()) || _job->Redirect(JobOrder(), readdressed)) {
     return _job->Resume();
   }
   // Its addresses have been good enough so far; should one of them not be, a new job follows.

@@ -41,28 +41,19 @@ std::vector<BitsFile> DownloadFileSet::Unfinished() const {
   return unfinished;
 }
 
-std::vector<BitsFile> DownloadFileSet::Renewed() const {
-  std::vector<BitsFile> renewed;
+std::vector<BitsFile> DownloadFileSet::Readdressed(const std::vector<BitsFile>& jobsFiles) const {
+  std::vector<BitsFile> readdressed;
   for (const DownloadFile& file : _files) {
-    if (file.renewed && !file.finished) renewed.push_back({file.url, file.part});
+    const bool differs =
+        std::any_of(jobsFiles.begin(), jobsFiles.end(), [&file](const BitsFile& jobs) {
+          return jobs.localPath == file.part && jobs.url != file.url;
+        });
+    if (differs && !file.finished) readdressed.push_back({file.url, file.part});
   }
-  return renewed;
-}
-
-void DownloadFileSet::ForgetRenewed() {
-  for (DownloadFile& file : _files) file.renewed = false;
-}
-
-void DownloadFileSet::TakeUp(const std::vector<BitsFile>& jobsFiles) {
-  for (DownloadFile& file : _files) {
-    file.renewed = std::any_of(jobsFiles.begin(), jobsFiles.end(), [&](const BitsFile& jobs) {
-      return jobs.localPath == file.part && jobs.url != file.url;
-    });
-  }
+  return readdressed;
 }
 
 void DownloadFileSet::BeginAnew() {
-  ForgetRenewed();
   for (DownloadFile& file : _files) {
     if (!file.finished) file.transferred = 0;
   }
@@ -205,7 +196,6 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
     return false;
   }
   ++found->renewals;
-  found->renewed = true;
   found->url = url;
   found->length.reset();
   return true;

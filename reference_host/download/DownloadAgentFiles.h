@@ -28,12 +28,9 @@ class DownloadFileSet {
   /// @return what a job still has to fetch.
   std::vector<BitsFile> Unfinished() const;
 
-  /// @return the unfinished files whose address has changed since the last `ForgetRenewed`.
-  std::vector<BitsFile> Renewed() const;
-  void ForgetRenewed();
-
-  /// Takes note that a job of these files and addresses is to go on.
-  void TakeUp(const std::vector<BitsFile>& jobsFiles);
+  /// @param jobsFiles in, with the addresses that a job has for them. @return the unfinished ones
+  /// among them that have another address by now: a new one, or BITS was led elsewhere.
+  std::vector<BitsFile> Readdressed(const std::vector<BitsFile>& jobsFiles) const;
 
   /// Takes note that a new job fetches what is unfinished, from the first byte on.
   void BeginAnew();

@@ -1,5 +1,7 @@
 #include "reference_host/download/DownloadOwner.h"
 
+#include "reference_host/download/Transfer.h"
+
 namespace refhost {
 
 namespace {
@@ -15,6 +17,8 @@ DownloadOwner::DownloadOwner(std::wstring jobName, const DownloadCallbacks& call
 bool DownloadOwner::Report() {
   _lastReport = AwakeClock::Now();
   const DownloadProgressDetail total = _files.Total();
+  const bool isKnown = total.bytesTotal != BG_SIZE_UNKNOWN;
+  SetCurrentTransfer({total.bytesTransferred, isKnown ? total.bytesTotal : 0});
   // Of nothing, no share can be told.
   return total.bytesTotal == 0 || _callbacks.Progress(_jobName, total, _files.Each());
 }
@@ -45,6 +49,7 @@ bool DownloadOwner::Renew(const DownloadAgent::FileMap& addresses) {
 }
 
 void DownloadOwner::TellEnd(const GUID& id, bool success) const {
+  SetCurrentTransfer({});
   _callbacks.Complete(_jobName, id, success, _files.Map());
 }
 

@@ -17,6 +17,7 @@ struct Row {
 constexpr Row Rows[] = {
     // HTTP statuses. The address, or who asks for it, is refused: expired, withdrawn, moved.
     {0x8019012C, 0x8019018F, FailureClass::RemoteFile, false},  // 300 to 399
+    {0x8007012C, 0x80070133, FailureClass::RemoteFile, false},  // 300 to 307, as BITS refuses them
     {0x80190197, 0x80190197, FailureClass::Transport, false},   // 407, the proxy wants a logon
     {0x80190198, 0x80190198, FailureClass::Transport, true},    // 408, too slow
     {0x801901AD, 0x801901AD, FailureClass::Transport, true},    // 429, too many requests

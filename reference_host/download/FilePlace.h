@@ -24,7 +24,6 @@ struct DownloadFile {
   bool finished = false;  ///< whole and in its place
   int retries = 0;
   int renewals = 0;
-  bool renewed = false;  ///< since the job was last told its address
 };
 
 /// Where files come to, and what others that have them open do to that.

@@ -8,8 +8,6 @@
 #include <system_error>
 #include <thread>
 
-#include "reference_host/wine/UnderWine.h"
-
 namespace refhost::wine {
 
 namespace {
@@ -18,12 +16,6 @@ namespace {
 constexpr auto CancelWait = std::chrono::milliseconds(50);
 
 }  // namespace
-
-bool IsInForce() {
-  static const bool inForce =
-      IsUnderWine() && GetEnvironmentVariableW(L"TOLMAR_AS_ON_WINDOWS", nullptr, 0) == 0;
-  return inForce;
-}
 
 HRESULT ConnectAgain(const std::function<HRESULT()>& connect) {
   const HRESULT result = connect();

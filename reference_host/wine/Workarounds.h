@@ -9,14 +9,11 @@
 
 #include "reference_host/base/Com.h"
 #include "reference_host/base/FileLock.h"
+#include "reference_host/wine/UnderWine.h"
 
 /// What Wine does otherwise than Windows documents, and what the suite does about it there. Each
 /// caller has the documented way beside it, which is the only one that is gone on Windows.
 namespace refhost::wine {
-
-/// @return true under Wine. The environment variable TOLMAR_AS_ON_WINDOWS, whatever it holds, makes
-/// it false there: for tests of the way of Windows, as far as Wine can go it.
-bool IsInForce();
 
 /// Wine's BITS refuses a call that comes while its service is still starting.
 /// @param connect in, called again when it fails. @return its last result.

@@ -14,7 +14,7 @@ namespace {
 /// @return the checks of a doctor's report with that status, "id " after "id ".
 std::string ChecksWith(const std::string& status, const RunResult& run) {
   std::string ids;
-  for (const Json::Value& finding : run.json) {
+  for (const Json::Value& finding : run.json["checks"]) {
     if (finding["status"].asString() == status) ids += finding["id"].asString() + " ";
   }
   return ids;
@@ -168,7 +168,7 @@ TEST(CommandLine, DoctorTellsWhichCheckFails) {
     EXPECT_EQ(run.exitStatus, row.exitStatus) << row.name << run.output;
     EXPECT_EQ(ChecksWith("fail", run), row.failing) << row.name << run.output;
     EXPECT_EQ(ChecksWith("skipped", run), row.skipped) << row.name << run.output;
-    EXPECT_EQ(run.json[0]["id"].asString(), "configuration") << row.name;
+    EXPECT_EQ(run.json["checks"][0]["id"].asString(), "configuration") << row.name;
     for (const char* folder : {"download", "log"}) {
       EXPECT_FALSE(std::filesystem::exists(lab.DriveC() / "lab" / folder)) << row.name;
     }
@@ -204,6 +204,67 @@ TEST(CommandLine, AReplyOfAnotherShapeIsShownAndNoSuccess) {
       run.output,
       "{\"code\":0,\"command\":\"list\",\"result\":{\"code\":0,\"swList\":[5,\"\\u00fc\"]}}\r\n");
   EXPECT_NE(run.errors.find("not as agreed"), std::string::npos);
+}
+
+TEST(CommandLine, PeopleGetTablesOnOutputAndComplaintsOnError) {
+  Lab lab({{"alpha", true}, {OddName}});
+  const RunResult list = lab.RunForPeople("list");
+  // A column is as wide as its widest text is on a terminal.
+  const std::string odd = std::string("T-") + OddName;
+  const std::string blanks(odd.size() - 1 - std::string("T-alpha").size(),
+                           ' ');  // ü has two bytes.
+  EXPECT_EQ(list.output.find(odd + "  " + OddName + "\r\n"), list.output.rfind(odd)) << list.output;
+  EXPECT_NE(list.output.find("T-alpha" + blanks + "  alpha"), std::string::npos) << list.output;
+  EXPECT_EQ(list.output.find('\x1b'), std::string::npos);
+  EXPECT_EQ(list.errors, "");
+
+  const RunResult quiet = lab.RunForPeople("list --quiet");
+  EXPECT_EQ(quiet.exitStatus, 0);
+  EXPECT_EQ(quiet.output + quiet.errors, "");
+  const RunResult refused = lab.RunForPeople("files T-alpha M-none --quiet");
+  EXPECT_EQ(refused.exitStatus, 1);
+  EXPECT_EQ(refused.output, "");
+  EXPECT_NE(refused.errors.find("files: code 36"), std::string::npos) << refused.errors;
+  EXPECT_NE(refused.errors.find("do:"), std::string::npos) << refused.errors;
+}
+
+TEST(CommandLine, ATerminalGetsColoursUnlessTheyAreDeclined) {
+  Lab lab({{"alpha"}});
+  constexpr const char* Yellow = "\x1b[33mnot installed";
+  const std::string coloured = lab.RunOnTerminal("TOLMAR_AS_ON_WINDOWS=1", "status");
+  EXPECT_NE(coloured.find(Yellow), std::string::npos) << coloured;
+  const std::string plain = lab.RunOnTerminal("TOLMAR_AS_ON_WINDOWS=1 NO_COLOR=1", "status");
+  EXPECT_NE(plain.find("not installed"), std::string::npos) << plain;
+  EXPECT_EQ(plain.find(Yellow), std::string::npos);
+}
+
+TEST(CommandLine, VerboseShowsBothLogsOfThisRunOnly) {
+  Lab lab({{"alpha"}});
+  lab.Run("list");
+  const std::size_t size = lab.LogText("TolmarAgent.log").size();
+  lab.Configuration()["logMaxBytes"] =
+      static_cast<Json::UInt64>(size + 3000);  // Rotated meanwhile.
+  const RunResult run = lab.RunForPeople("install --verbose");
+  EXPECT_EQ(run.exitStatus, 0);
+  for (const char* line :
+       {"Host suite started", "D TolmarAgent::GetEntitledSoftware: Entry",
+        "InstallModule: Status is Installed", "exit code 0 after", "is done after"}) {
+    EXPECT_NE(run.errors.find(line), std::string::npos) << line << run.errors;
+  }
+  EXPECT_EQ(run.errors.find("Host suite started"), run.errors.rfind("Host suite started"));
+  EXPECT_EQ(run.output.find("Host suite"), std::string::npos);
+  EXPECT_NE(lab.LogText("TolmarAgent.log.1"), "");
+}
+
+TEST(CommandLine, ProgramsGetProgressLineByLine) {
+  Lab lab({{"alpha"}});
+  lab.Fault(R"({"on":"file:check-alpha.ps1","call":1,"delayMs":2000})");  // So that it is seen.
+  const RunResult run = lab.Run("install --progress=jsonl");
+  EXPECT_EQ(run.exitStatus, 0) << run.errors;
+  EXPECT_EQ(run.json["command"].asString(), "install");
+  EXPECT_NE(run.output.find("\"totalBytes\":30"), std::string::npos) << run.output;
+  EXPECT_NE(run.output.find("\"bytesPerSecond\""), std::string::npos) << run.output;
+  EXPECT_LT(run.output.find("\"status\":\"downloading\""), run.output.find("\"command\""));
 }
 
 TEST(CommandLine, ExplainsCodesAndCauses) {

@@ -28,9 +28,6 @@ void Tell(const char* name, const std::string& expected, const std::string& seen
   std::fflush(stdout);
 }
 
-/// As in fixtures.sh.
-constexpr const char* OddName = "a & b; $(exit 1) %TEMP% it's \u00FC";
-
 /// What is wrong with the device itself.
 struct DeviceRow {
   const char* name;

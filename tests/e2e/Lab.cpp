@@ -43,6 +43,11 @@ Json::Value ParseText(const std::string& text) {
                                                                                : Json::Value();
 }
 
+std::string LastLine(const std::string& text) {
+  const std::size_t end = text.find_last_not_of("\r\n") + 1;
+  return text.substr(0, end).substr(text.substr(0, end).rfind('\n') + 1);
+}
+
 /// Runs a command of the shell. @return its exit status.
 int Shell(const std::string& command, std::string& output) {
   FILE* pipe = popen(command.c_str(), "r");
@@ -161,24 +166,52 @@ void Lab::WriteConfiguration() const {
 }
 
 std::string Lab::Command(const std::string& arguments) const {
-  return "wine '" + Environment("E2E_BIN") +
-         "/tolmarctl.exe' --config 'C:\\lab\\host.json' --json " + arguments + " 2>'" +
-         (_folder / "stderr").string() + "' </dev/null";
+  return "wine '" + Environment("E2E_BIN") + "/tolmarctl.exe' --config 'C:\\lab\\host.json' " +
+         arguments + " 2>'" + (_folder / "stderr").string() + "'";
 }
 
 RunResult Lab::Run(const std::string& arguments, int seconds) {
+  RunResult result = RunForPeople("--json " + arguments, seconds);
+  result.json = ParseText(LastLine(result.output));
+  Keep(arguments, result);
+  return result;
+}
+
+void Lab::Keep(const std::string& arguments, const RunResult& result) const {
+  const char* file = std::getenv("E2E_RUNS");
+  if (file == nullptr || *file == '\0') return;
+  Json::Value run;
+  run["arguments"] = arguments;
+  run["exitStatus"] = result.exitStatus;
+  run["output"] = result.output;
+  run["errors"] = result.errors;
+  run["configuration"] = _configuration;
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  std::ofstream(file, std::ios::app) << Json::writeString(builder, run) << "\n";
+}
+
+RunResult Lab::RunForPeople(const std::string& arguments, int seconds) {
   WriteConfiguration();
   RunResult result;
   result.exitStatus =
-      Shell("timeout " + std::to_string(seconds) + " " + Command(arguments), result.output);
+      Shell("timeout " + std::to_string(seconds) + " " + Command(arguments) + " </dev/null",
+            result.output);
   result.errors = ReadFile(_folder / "stderr");
-  result.json = ParseText(result.output);
   return result;
+}
+
+std::string Lab::RunOnTerminal(const std::string& environment, const std::string& arguments) {
+  WriteConfiguration();
+  std::string output;
+  Shell("timeout 60 env " + environment + " script -qec \"" + Command(arguments) + "\" /dev/null",
+        output);
+  return output;
 }
 
 bool Lab::RunAndKill(const std::string& arguments, const std::function<bool()>& reached) {
   WriteConfiguration();
-  const std::string command = "exec " + Command(arguments) + " >/dev/null";
+  const std::string command = "exec " + Command("--json " + arguments) + " >/dev/null </dev/null";
   const pid_t child = fork();
   if (child == 0) {
     execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);

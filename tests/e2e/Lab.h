@@ -13,8 +13,11 @@ struct RunResult {
   int exitStatus = -1;  ///< 124: it did not end within the test's time
   std::string output;
   std::string errors;
-  Json::Value json;  ///< `output` parsed; null when it is no JSON
+  Json::Value json;  ///< the last line of `output` parsed; null when it is no JSON
 };
+
+/// A name whose every sign means something to one shell or another. As in fixtures.sh.
+inline constexpr const char* OddName = "a & b; $(exit 1) %TEMP% it's \u00FC";
 
 /// One title that the simulator offers. Its package and check script come from fixtures.sh.
 struct Title {
@@ -41,6 +44,12 @@ class Lab {
   /// Runs tolmarctl --json with the arguments. @param seconds in, how long it may take.
   RunResult Run(const std::string& arguments, int seconds = 60);
 
+  /// The same without --json.
+  RunResult RunForPeople(const std::string& arguments, int seconds = 60);
+
+  /// The same on a terminal. @param environment in, assignments. @return what the terminal got.
+  std::string RunOnTerminal(const std::string& environment, const std::string& arguments);
+
   /// Runs tolmarctl and kills it once `reached` says so. @return false when that did not come.
   bool RunAndKill(const std::string& arguments, const std::function<bool()>& reached);
 
@@ -62,6 +71,9 @@ class Lab {
   void StartCloud(const Json::Value& catalogue);
   std::string Command(const std::string& arguments) const;
   void WriteConfiguration() const;
+
+  /// Adds the run to the file that E2E_RUNS names, for tests/schema/check.py.
+  void Keep(const std::string& arguments, const RunResult& result) const;
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;

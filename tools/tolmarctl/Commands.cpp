@@ -60,7 +60,9 @@ Outcome Install(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   Outcome outcome = List(agent, options, cancel);
   if (outcome.code != 0) return outcome;
   std::optional<ProgressDisplay> display;
-  if (!options.json) display.emplace(agent, outcome.result);
+  if (!options.json || options.progressLines) {
+    display.emplace(agent, outcome.result, options.progressLines);
+  }
   outcome.code = agent.InstallEntitledSoftware(outcome.result, cancel, options.preinstallOnly);
   return outcome;
 }

@@ -4,48 +4,51 @@
 #include <cstdio>
 
 #include "reference_host/doctor/Doctor.h"
+#include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
-#include "tools/tolmarctl/Utf8Console.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
 
 using refhost::Finding;
 using refhost::Health;
 
-const char* WordFor(Health health) {
+Cell StatusCell(Health health) {
   switch (health) {
     case Health::Ok:
-      return "ok";
+      return {"ok", Cell::Look::Good};
     case Health::Warn:
-      return "warn";
+      return {"warn"};
     case Health::Fail:
-      return "fail";
+      return {"fail", Cell::Look::Bad};
     case Health::Skipped:
       break;
   }
-  return "skipped";
+  return {"skipped"};
 }
 
 void PrintJson(const std::vector<Finding>& findings) {
-  Json::Value list(Json::arrayValue);
+  Json::Value root;
+  root["command"] = "doctor";
   for (const Finding& finding : findings) {
-    Json::Value& entry = list.append(Json::objectValue);
-    entry["id"] = finding.id;
-    entry["status"] = WordFor(finding.health);
-    entry["found"] = finding.found;
-    entry["remedy"] = finding.remedy;
+    Json::Value& check = root["checks"].append(Json::objectValue);
+    check["id"] = finding.id;
+    check["status"] = StatusCell(finding.health).text;
+    check["found"] = finding.found;
+    check["remedy"] = finding.remedy;
   }
-  PrintJsonLine(list);
+  PrintJsonLine(root);
 }
 
 void PrintText(const std::vector<Finding>& findings) {
-  const Utf8Console console;
+  Table table({"STATUS", "CHECK", "FOUND"});
   for (const Finding& finding : findings) {
-    std::printf("%-7s  %-15s  %s%s%s\n", WordFor(finding.health), finding.id.c_str(),
-                finding.found.c_str(),
-                finding.remedy.empty() ? "" : "  do: ", finding.remedy.c_str());
+    const std::string remedy = finding.remedy.empty() ? "" : "  do: " + finding.remedy;
+    table.Add({StatusCell(finding.health), {finding.id}, {finding.found + remedy}});
   }
+  const Console console;
+  std::fputs(table.Text(console.HasColour()).c_str(), stdout);
 }
 
 }  // namespace

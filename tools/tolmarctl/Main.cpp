@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "agent/TolmarAgent.h"
@@ -16,6 +17,7 @@
 #include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
+#include "tools/tolmarctl/LogFollower.h"
 #include "tools/tolmarctl/Output.h"
 
 namespace {
@@ -80,10 +82,11 @@ TolmarAgent* StartAgent(HANDLE cancel) {
 /// Runs the command and shuts the agent down, whichever way the command ends. A cancelled run shuts
 /// it down at once, since only that ends the wait between two tries of a query. The cancel event
 /// outlives the agent's work: the agent may hold it as its newest caller handle.
-Outcome RunWithAgent(const Options& options, CancelWatch& watch) {
+/// @return nothing when the run was cancelled before the agent had started.
+std::optional<Outcome> RunWithAgent(const Options& options, CancelWatch& watch) {
   if (options.IsReadOnly()) TellEndpoint();
   TolmarAgent* const agent = StartAgent(watch.Event());
-  if (agent == nullptr) EndAtStart(watch.Why());
+  if (agent == nullptr) return {};
   std::once_flag cleaned;
   const auto cleanUp = [&] { std::call_once(cleaned, [&] { agent->CleanUp(); }); };
   watch.OnCancel(cleanUp);
@@ -103,16 +106,24 @@ int StatusOf(const Options& options, const Outcome& outcome, CancelWatch::Cause 
 }  // namespace
 
 int main() {
+  // Unbuffered, as they are on a console, a character of several bytes would go there in pieces.
+  std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
+  std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ);
   Options options;
   int exitStatus = 0;
   if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
+  if (options.quiet && std::freopen("NUL", "w", stdout) == nullptr) return ExitStatus::Failure;
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
   if (options.command == "doctor") return Doctor(options);
+  std::optional<LogFollower> follower;
+  if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;
   CancelWatch watch(options.timeoutSeconds);
-  const Outcome outcome = RunWithAgent(options, watch);
-  const int status = StatusOf(options, outcome, watch.Why());
-  if (!PrintOutcome(options, outcome) && status == ExitStatus::Success) return ExitStatus::Failure;
-  return status;
+  const std::optional<Outcome> outcome = RunWithAgent(options, watch);
+  follower.reset();  // What was logged stands before what came of it.
+  if (!outcome) EndAtStart(watch.Why());
+  const int status = StatusOf(options, *outcome, watch.Why());
+  const bool isAsAgreed = PrintOutcome(options, *outcome);
+  return isAsAgreed || status != ExitStatus::Success ? status : ExitStatus::Failure;
 }

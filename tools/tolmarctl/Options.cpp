@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 
+#include "tools/tolmarctl/Examples.h"
+
 namespace {
 
 constexpr unsigned int DefaultConfigureSeconds = 600;
@@ -11,6 +13,29 @@ constexpr unsigned int MaxSeconds = 7 * 24 * 3600;  ///< a week: fits a wait in 
 void AddSeconds(CLI::App* command, const std::string& name, Options& options,
                 const std::string& help) {
   command->add_option(name, options.timeoutSeconds, help)->check(CLI::Range(1u, MaxSeconds));
+}
+
+/// What says how much is printed, and in which way; contradictions are refused.
+void AddGeneral(CLI::App& app, Options& options) {
+  app.add_option("--config", options.config,
+                 "host configuration (else TOLMAR_HOST_CONFIG names it)");
+  CLI::Option* json =
+      app.add_flag("--json", options.json, "print one JSON object and nothing else");
+  CLI::Option* quiet = app.add_flag("--quiet", options.quiet, "print nothing but errors");
+  CLI::Option* verbose =
+      app.add_flag("--verbose", options.verbose, "copy the logs of this run to standard error");
+  quiet->excludes(json)->excludes(verbose);
+}
+
+void AddProgress(CLI::App& app, CLI::App& install, Options& options) {
+  const auto asLines = [&options](const std::string&) {
+    options.json = options.progressLines = true;
+  };
+  install
+      .add_option_function<std::string>("--progress", asLines,
+                                        "jsonl: one JSON object a line, the last that of --json")
+      ->check(CLI::IsMember({"jsonl"}))
+      ->excludes(app.get_option("--quiet"));
 }
 
 void AddCommands(CLI::App& app, Options& options) {
@@ -22,6 +47,7 @@ void AddCommands(CLI::App& app, Options& options) {
     command->add_flag("--preinstall-only", options.preinstallOnly, "titles for device set-up only");
   }
   AddSeconds(install, "--timeout", options, "cancel after this many seconds");
+  AddProgress(app, *install, options);
   CLI::App* files = app.add_subcommand("files", "list the files of one module");
   files->add_option("L1FRUPN", options.l1FruPn, "the title's part number")->required();
   files->add_option("MODULEFRUPN", options.moduleFruPn, "the module's part number")->required();
@@ -51,11 +77,13 @@ bool Options::IsReadOnly() const {
 bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exitStatus) {
   CLI::App app("Drives TolmarAgent.dll as a host would.", "tolmarctl");
   app.set_version_flag("--version", TOLMARCTL_VERSION);
-  app.add_option("--config", options.config,
-                 "host configuration (else TOLMAR_HOST_CONFIG names it)");
-  app.add_flag("--json", options.json, "print one JSON object and nothing else");
   app.require_subcommand(1);
+  app.fallthrough();  // General options may stand behind the command too.
+  AddGeneral(app, options);
   AddCommands(app, options);
+  app.footer(ExamplesOf(""));
+  for (CLI::App* command : app.get_subcommands({}))
+    command->footer(ExamplesOf(command->get_name()));
   std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back.
   try {
     app.parse(arguments);

@@ -8,6 +8,9 @@ struct Options {
   std::string config;   ///< path of the host's configuration; empty: the environment names it
   std::string command;  ///< one of the sub-commands
   bool json = false;
+  bool quiet = false;
+  bool verbose = false;
+  bool progressLines = false;  ///< `install` only
   bool preinstallOnly = false;
   unsigned int timeoutSeconds = 0;  ///< 0: none
   std::string l1FruPn;

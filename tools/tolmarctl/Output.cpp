@@ -6,9 +6,10 @@
 #include <cstdio>
 #include <string>
 
+#include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Plan.h"
-#include "tools/tolmarctl/Utf8Console.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
 
@@ -54,41 +55,68 @@ void PrintJson(const Options& options, const Outcome& outcome) {
   PrintJsonLine(root);
 }
 
-void PrintTitle(const Json::Value& title) {
-  if (!IsTitle(title)) {
-    std::printf("  (no title: %s)\n", OnOneLine(title).c_str());
-    return;
-  }
-  std::printf("  %-16s %-24s %s%s\n", title["l1FruPn"].asCString(),
-              title.get("name", "").asString().c_str(), title.get("status", "").asString().c_str(),
-              title["preinstallSw"].asBool() ? "  (pre-install)" : "");
+Cell StatusCell(const std::string& status) {
+  const bool isGood = status == "installed";
+  const bool isBad = status == "not installed";
+  return {status, isGood ? Cell::Look::Good : isBad ? Cell::Look::Bad : Cell::Look::Plain};
 }
 
-void PrintFile(const Json::Value& file) {
-  if (!IsFile(file)) {
-    std::printf("  (no file: %s)\n", OnOneLine(file).c_str());
-    return;
+/// Entries of another shape than agreed have no row: they are shown as they are.
+Table TitlesIn(const Json::Value& list) {
+  Table table({"TITLE", "NAME", "STATUS", "FOR"});
+  for (const Json::Value& title : list) {
+    if (!IsTitle(title)) continue;
+    table.Add({{title["l1FruPn"].asString()},
+               {title["name"].asString()},
+               StatusCell(title["status"].asString()),
+               {title["preinstallSw"].asBool() ? "pre-install" : ""}});
   }
-  std::printf("  %-32s %10d bytes  crc %s\n", file["name"].asCString(), file["size"].asInt(),
-              file["crc"].asString().c_str());
+  return table;
+}
+
+Table FilesIn(const Json::Value& list) {
+  Table table({"FILE", "BYTES", "CRC"});
+  for (const Json::Value& file : list) {
+    if (!IsFile(file)) continue;
+    table.Add({{file["name"].asString()},
+               {file["size"].asString(), Cell::Look::Plain, true},
+               {file["crc"].asString()}});
+  }
+  return table;
+}
+
+void PrintList(const Json::Value& list, bool (*isSo)(const Json::Value&), const Table& table) {
+  const Console console;
+  if (!table.IsEmpty()) std::fputs(table.Text(console.HasColour()).c_str(), stdout);
+  for (const Json::Value& entry : list) {
+    if (!isSo(entry)) std::printf("(not as agreed: %s)\n", OnOneLine(entry).c_str());
+  }
 }
 
 void PrintText(const Options& options, const Outcome& outcome) {
-  const Utf8Console console;
   if (options.command == "entitled" && outcome.code == 0) {
     std::puts(outcome.hasEntitlement ? "entitled" : "not entitled");
   }
-  for (const Json::Value& title : ListOf(outcome.result, "swList")) PrintTitle(title);
-  for (const Json::Value& file : ListOf(outcome.result, "fileList")) PrintFile(file);
+  const Json::Value& titles = ListOf(outcome.result, "swList");
+  const Json::Value& files = ListOf(outcome.result, "fileList");
+  PrintList(titles, IsTitle, TitlesIn(titles));
+  PrintList(files, IsFile, FilesIn(files));
   if (options.command == "plan") PrintPlan(outcome.result);
-  if (!outcome.isDone) std::printf("%s: gave up before all was done\n", options.command.c_str());
-  std::printf("%s: code %lu\n", options.command.c_str(), outcome.code);
-  if (outcome.code != 0) std::fputs(ExplanationOf(outcome.code).c_str(), stdout);
+  std::fflush(stdout);
+  if (!outcome.isDone) {
+    std::fprintf(stderr, "tolmarctl: %s: gave up before all was done\n", options.command.c_str());
+  }
+  if (outcome.code == 0) return;
+  std::fprintf(stderr, "tolmarctl: %s: code %lu\n%s", options.command.c_str(), outcome.code,
+               ExplanationOf(outcome.code).c_str());
 }
 
 }  // namespace
 
-void PrintJsonLine(const Json::Value& document) { std::puts(OnOneLine(document).c_str()); }
+void PrintJsonLine(const Json::Value& document) {
+  std::puts(OnOneLine(document).c_str());
+  std::fflush(stdout);
+}
 
 bool PrintOutcome(const Options& options, const Outcome& outcome) {
   options.json ? PrintJson(options, outcome) : PrintText(options, outcome);

@@ -2,10 +2,11 @@
 
 #include "tools/tolmarctl/Commands.h"
 
-/// Prints a document as one line of ASCII without comments, on standard output.
+/// Prints a document as one line of ASCII without comments, on standard output, at once.
 void PrintJsonLine(const Json::Value& document);
 
-/// Prints what a command came to on standard output: one JSON object, or lines for a person.
+/// Prints what a command came to: one JSON object on standard output, or tables for a person there
+/// and what went wrong on standard error.
 /// @return false when an entry of a reply has not the shape that is agreed upon; it is printed as
 /// it is.
 bool PrintOutcome(const Options& options, const Outcome& outcome);

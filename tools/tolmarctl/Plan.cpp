@@ -16,6 +16,8 @@
 #include "reference_host/download/DownloadAgentOrder.h"
 #include "reference_host/files/FolderInspection.h"
 #include "reference_host/files/InstallationLease.h"
+#include "tools/tolmarctl/Console.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
 
@@ -120,7 +122,7 @@ class Planner {
                        const std::map<std::wstring, std::wstring>& refusals) {
     Json::Value planned;
     planned["name"] = file["name"].asString();
-    planned["size"] = file["size"].asInt();  // As the agent takes it.
+    planned["size"] = std::max(file["size"].asInt(), 0);  // The agent takes no larger one.
     planned["isThere"] = _isFirst && IsLeftOver(file);
     if (!planned["isThere"].asBool()) _titleBytes += planned["size"].asInt();
     const auto refusal = refusals.find(AddressOf(file));
@@ -141,24 +143,33 @@ class Planner {
   int _refusals = 0;
 };
 
-void PrintFile(const Json::Value& file) {
-  std::printf("    %-30s %10d bytes%s\n", file["name"].asCString(), file["size"].asInt(),
-              file["isThere"].asBool() ? ", there already" : "");
-  if (file.isMember("refusal")) std::printf("      ! %s\n", file["refusal"].asCString());
+Cell NoteOf(const Json::Value& file) {
+  if (file.isMember("refusal")) return {file["refusal"].asString(), Cell::Look::Bad};
+  return {file["isThere"].asBool() ? "there already" : ""};
 }
 
-void PrintTitle(const Json::Value& title) {
-  std::printf("  %-16s %-24s %s%s, %lld bytes\n", title["l1FruPn"].asCString(),
-              title["name"].asCString(), title["status"].asCString(),
-              title["preinstallSw"].asBool() ? " (pre-install)" : "",
-              static_cast<long long>(title["bytesToFetch"].asInt64()));
-  for (const Json::Value& module : title["modules"]) {
-    const unsigned int code = module["code"].asUInt();
-    std::printf(
-        "   %s%s\n", module["moduleFruPn"].asCString(),
-        code == 0 ? "" : (": its files are not to be had, code " + std::to_string(code)).c_str());
-    for (const Json::Value& file : module["files"]) PrintFile(file);
+void AddModule(Table& table, const Json::Value& title, const Json::Value& module) {
+  const std::string name = title["l1FruPn"].asString(), status = title["status"].asString();
+  const std::string part = module["moduleFruPn"].asString();
+  for (const Json::Value& file : module["files"]) {
+    table.Add({{name},
+               {status},
+               {part},
+               {file["name"].asString()},
+               {file["size"].asString(), Cell::Look::Plain, true},
+               NoteOf(file)});
   }
+  if (module["code"].asUInt() == 0) return;
+  const std::string note = "its files are not to be had, code " + module["code"].asString();
+  table.Add({{name}, {status}, {part}, {}, {}, {note, Cell::Look::Bad}});
+}
+
+Table FilesOf(const Json::Value& titles) {
+  Table table({"TITLE", "STATUS", "MODULE", "FILE", "BYTES", "NOTE"});
+  for (const Json::Value& title : titles) {
+    for (const Json::Value& module : title["modules"]) AddModule(table, title, module);
+  }
+  return table;
 }
 
 }  // namespace
@@ -185,13 +196,19 @@ Outcome Plan(TolmarAgent& agent, const Options& options, HANDLE cancel) {
 
 void PrintPlan(const Json::Value& plan) {
   if (plan.isNull()) return;
-  for (const Json::Value& title : plan["titles"]) PrintTitle(title);
-  std::printf("to fetch: %lld bytes, refused files: %d\n",
-              static_cast<long long>(plan["bytesToFetch"].asInt64()), plan["refusals"].asInt());
-  std::printf("room: %lld bytes needed at the least, %llu free: %s\n",
-              static_cast<long long>(plan["bytesNeeded"].asInt64()),
-              static_cast<unsigned long long>(plan["bytesFree"].asUInt64()),
-              plan["isEnough"].asBool() ? "enough" : "NOT ENOUGH");
-  std::printf("lease: %s\n",
-              plan.isMember("lease") ? plan["lease"].asCString() : "nobody installs");
+  const Console console;
+  const Table files = FilesOf(plan["titles"]);
+  if (!files.IsEmpty()) std::fputs(files.Text(console.HasColour()).c_str(), stdout);
+  const auto bytes = [&plan](const char* key) {
+    return static_cast<unsigned long long>(plan[key].asUInt64());
+  };
+  std::printf("to fetch: %llu bytes\n", bytes("bytesToFetch"));
+  std::printf("room: %llu bytes needed at the least, %llu free: %s\n", bytes("bytesNeeded"),
+              bytes("bytesFree"), plan["isEnough"].asBool() ? "enough" : "NOT ENOUGH");
+  if (plan["refusals"].asInt() != 0) {
+    std::printf("files that will be refused: %d\n", plan["refusals"].asInt());
+  }
+  if (plan.isMember("lease")) {
+    std::printf("installs now: %s\n", Printable(plan["lease"].asString()).c_str());
+  }
 }

@@ -1,28 +1,39 @@
 #include "tools/tolmarctl/ProgressDisplay.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
 
 #include "agent/TolmarAgent.h"
+#include "reference_host/download/Transfer.h"
+#include "tools/tolmarctl/Output.h"
+#include "tools/tolmarctl/Table.h"
 
 namespace {
 
 constexpr DWORD PollMs = 200;
-constexpr int BarWidth = 30;
 
-bool IsTerminal() {
-  DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+/// @return what the agent knows of the title, and the host of its bytes.
+Progress ProgressOf(const Json::Value& title) {
+  Progress progress;
+  progress.title = title["l1FruPn"].asString();
+  progress.status = title["status"].asString();
+  progress.percent =
+      static_cast<int>(std::strtol(title["progress"].asString().c_str(), nullptr, 10));
+  if (progress.status != "downloading") return progress;
+  const refhost::TransferState transfer = refhost::CurrentTransfer();
+  progress.bytes = transfer.bytes;
+  progress.totalBytes = transfer.totalBytes;
+  return progress;
 }
 
 }  // namespace
 
-ProgressDisplay::ProgressDisplay(TolmarAgent& agent, Json::Value titles)
+ProgressDisplay::ProgressDisplay(TolmarAgent& agent, Json::Value titles, bool asJson)
     : _agent(agent),
       _titles(std::move(titles)),
-      _onTerminal(IsTerminal()),
+      _asJson(asJson),
+      _onTerminal(!asJson && Console::Columns() > 0),
       _done(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
   _thread = std::thread([this] { Follow(); });
 }
@@ -31,7 +42,7 @@ ProgressDisplay::~ProgressDisplay() {
   SetEvent(_done);
   _thread.join();
   CloseHandle(_done);
-  if (_onTerminal && !_shown.empty()) std::fputs("\n", stdout);
+  if (!_bar.empty()) std::fputs("\n", stdout);
 }
 
 void ProgressDisplay::Follow() {
@@ -44,29 +55,45 @@ void ProgressDisplay::Poll() {
   if (_agent.GetInstallEntitledSoftwareStatus(copy) != 0) return;
   for (const Json::Value& title : copy["swList"]) {
     if (!title.isMember("status")) continue;
-    Show(title["l1FruPn"].asString(), title["status"].asString(), title["progress"].asString());
+    const Progress progress = ProgressOf(title);
+    _pace.Add(static_cast<double>(GetTickCount64()) / 1000, progress);
+    if (!progress.status.empty()) Show(progress);
   }
 }
 
-void ProgressDisplay::Show(const std::string& title, const std::string& status,
-                           const std::string& progress) {
-  const std::string line = title + ": " + status + " " + progress + " %";
-  if (line == _shown || status.empty()) return;
+void ProgressDisplay::Show(const Progress& progress) {
   if (_onTerminal) {
-    if (!_shownTitle.empty() && title != _shownTitle) std::fputs("\n", stdout);
-    ShowBar(title, status, static_cast<int>(std::strtol(progress.c_str(), nullptr, 10)));
+    ShowBar(progress);
+  } else if (_asJson) {
+    ShowObject(ObjectOf(progress, _pace));
   } else {
-    std::printf("%s\n", line.c_str());
+    ShowLine(progress);
   }
   std::fflush(stdout);
-  _shown = line;
-  _shownTitle = title;
+  _shown = progress;
 }
 
-void ProgressDisplay::ShowBar(const std::string& title, const std::string& status, int percent) {
-  const int filled = std::clamp(percent, 0, 100) * BarWidth / 100;
-  const std::string bar = std::string(static_cast<std::size_t>(filled), '#') +
-                          std::string(static_cast<std::size_t>(BarWidth - filled), '-');
-  std::printf("\r%s [%s] %3d %% %-13s", title.c_str(), bar.c_str(), std::clamp(percent, 0, 100),
-              status.c_str());
+void ProgressDisplay::ShowBar(const Progress& progress) {
+  if (!_bar.empty() && progress.title != _shown.title) std::fputs("\n", stdout);
+  const std::string bar = BarOf(progress, _pace, Console::Columns() - 1);
+  if (bar == _bar) return;
+  const std::size_t before = DisplayWidth(_bar), now = DisplayWidth(bar);
+  const std::string wipe(before > now ? before - now : 0, ' ');
+  std::printf("\r%s%s", bar.c_str(), wipe.c_str());
+  _bar = bar;
+}
+
+void ProgressDisplay::ShowObject(const Json::Value& object) {
+  if (object == _object) return;
+  PrintJsonLine(object);
+  _object = object;
+}
+
+void ProgressDisplay::ShowLine(const Progress& progress) {
+  if (progress.title == _shown.title && progress.status == _shown.status &&
+      progress.percent == _shown.percent) {
+    return;
+  }
+  std::printf("%s: %s %d %%\n", Printable(progress.title).c_str(),
+              Printable(progress.status).c_str(), progress.percent);
 }

@@ -6,14 +6,18 @@
 #include <string>
 #include <thread>
 
+#include "tools/tolmarctl/Console.h"
+#include "tools/tolmarctl/Pace.h"
+
 class TolmarAgent;
 
 /// Follows an installation from a thread of its own and prints how the current title is getting on:
-/// a live bar on a terminal, a line for every change otherwise.
+/// a live bar on a terminal, a line for every change otherwise; for programs, an object for each.
 class ProgressDisplay {
  public:
-  /// @param titles in, the document that is being installed, as it was before.
-  ProgressDisplay(TolmarAgent& agent, Json::Value titles);
+  /// @param titles in, the document that is being installed, as it was before. @param asJson in,
+  /// true: for programs.
+  ProgressDisplay(TolmarAgent& agent, Json::Value titles, bool asJson);
   ~ProgressDisplay();
   ProgressDisplay(const ProgressDisplay&) = delete;
   ProgressDisplay& operator=(const ProgressDisplay&) = delete;
@@ -21,14 +25,20 @@ class ProgressDisplay {
  private:
   void Follow();
   void Poll();
-  void Show(const std::string& title, const std::string& status, const std::string& progress);
-  void ShowBar(const std::string& title, const std::string& status, int percent);
+  void Show(const Progress& progress);
+  void ShowBar(const Progress& progress);
+  void ShowObject(const Json::Value& object);
+  void ShowLine(const Progress& progress);
 
   TolmarAgent& _agent;
   const Json::Value _titles;
+  const bool _asJson;
   const bool _onTerminal;
-  std::string _shown;
-  std::string _shownTitle;
+  const Console _console;
+  Pace _pace;
+  Progress _shown;
+  std::string _bar;     ///< as it stands on the terminal
+  Json::Value _object;  ///< the newest that was printed
   HANDLE _done;
   std::thread _thread;
 };

@@ -19,6 +19,11 @@ std::string RowOf(const refhost::Cause& cause) {
          cause.seen + " | " + cause.remedy + " |\n";
 }
 
+std::string Document(const std::string& name) {
+  std::ifstream file(TOLMAR_DOCS "/" + name, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 }  // namespace
 
 TEST(Causes, EachCodeHasTheCauseThatSaysMostOfIt) {
@@ -45,11 +50,30 @@ TEST(Causes, EachCodeHasTheCauseThatSaysMostOfIt) {
 }
 
 TEST(Causes, TheOperatorsTableHasThemAllAsTheyAre) {
-  std::ifstream file(TOLMAR_DOCS "/operations.md", std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const std::string text = Document("operations.md");
   std::set<std::string> ids;
   for (const refhost::Cause& cause : refhost::AllCauses()) {
     EXPECT_TRUE(ids.insert(cause.id).second) << cause.id;
     EXPECT_NE(text.find(RowOf(cause)), std::string::npos) << RowOf(cause);
   }
+}
+
+TEST(Causes, TheTroubleshootingPageNamesNoneThatIsNot) {
+  const std::string text = Document("troubleshooting.md");
+  // Words in front of the dot, as the causes have them: a file's name is no cause.
+  std::set<std::string> groups;
+  for (const refhost::Cause& cause : refhost::AllCauses()) {
+    const std::string id = cause.id;
+    if (id.find('.') != std::string::npos) groups.insert(id.substr(0, id.find('.')));
+  }
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find('`', at)) != std::string::npos; ++at) {
+    const std::string word = text.substr(at + 1, text.find('`', at + 1) - at - 1);
+    const bool isCause = word.find_first_of(" \n") == std::string::npos;
+    if (!isCause || groups.count(word.substr(0, word.find('.'))) == 0) continue;
+    if (word.find('.') == std::string::npos) continue;
+    ++count;
+    EXPECT_NE(refhost::FindCause(word), nullptr) << word;
+  }
+  EXPECT_GT(count, 30);
 }

@@ -24,6 +24,7 @@ TEST(FailureClass, ACodeThatIsKnownDecidesWhateverTheContextSays) {
     bool transient;
   } rows[] = {
       {0x8019012E, "moved", Context::RemoteFile, false},
+      {0x8007012E, "moved, refused by BITS", Context::RemoteFile, false},
       {0x80190191, "401, expired", Context::RemoteFile, false},
       {0x80190193, "403, expired", Context::RemoteFile, false},
       {0x80190194, "404", Context::RemoteFile, false},

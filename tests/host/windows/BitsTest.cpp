@@ -107,6 +107,12 @@ TEST_F(BitsTest, FailuresAreClassedByTheirCodeAndResumedInTheSameJob) {
        1,
        {{5, static_cast<std::int32_t>(0x80190193)}},
        1},
+      {"redirected",
+       BG_ERROR_CONTEXT_REMOTE_FILE,
+       static_cast<HRESULT>(0x8007012E),
+       1,
+       {{5, static_cast<std::int32_t>(0x8007012E)}},
+       1},
       {"disk",
        BG_ERROR_CONTEXT_LOCAL_FILE,
        static_cast<HRESULT>(0x80070070),
@@ -120,6 +126,8 @@ TEST_F(BitsTest, FailuresAreClassedByTheirCodeAndResumedInTheSameJob) {
     bits.jobs.clear();
     bits.onMake = [&](FakeBitsJob& job) {
       job.onResume = [&](FakeBitsJob& resumed) {
+        EXPECT_EQ(resumed.files.front()->url, Url(L"/whole"));
+        resumed.files.front()->url = other.Url(L"/whole");  // As BITS does where it is redirected.
         if (resumed.resumed <= row.times) return resumed.Fail(row.context, row.code);
         resumed.files.front()->body = Body(100000);
         resumed.Arrive();
