@@ -51,6 +51,10 @@ void AddCommands(CLI::App& app, Options& options) {
   CLI::App* files = app.add_subcommand("files", "list the files of one module");
   files->add_option("L1FRUPN", options.l1FruPn, "the title's part number")->required();
   files->add_option("MODULEFRUPN", options.moduleFruPn, "the module's part number")->required();
+  app.add_subcommand("plan", "tell what an installation would do, and change nothing")
+      ->add_flag("!--no-checks", options.asksChecks,
+                 "do not ask the check scripts, which are fetched for that");
+  app.add_subcommand("doctor", "examine what this device needs, and say what to do");
   app.add_subcommand("explain", "tell what a result code or a cause means and what to do")
       ->add_option("CODE|CAUSE", options.subject,
                    "a number (30, 0x1E) or an identifier; without it: all");

@@ -15,7 +15,8 @@ struct Options {
   unsigned int timeoutSeconds = 0;  ///< 0: none
   std::string l1FruPn;
   std::string moduleFruPn;
-  std::string subject;  ///< what to explain
+  bool asksChecks = true;  ///< `plan`: what is installed already
+  std::string subject;     ///< what to explain
 
   /// @return true for a command that changes nothing on the device.
   bool IsReadOnly() const;
