@@ -1,5 +1,6 @@
 #include "reference_host/base/ModulePin.h"
 
+#include <cstddef>
 #include <map>
 #include <mutex>
 
@@ -9,15 +10,11 @@ namespace {
 
 constexpr ULONG Unloaded = 2;
 
-/// What the loader tells of a DLL, as LdrRegisterDllNotification's page has it.
-struct LoaderNews {
-  ULONG flags;
-  const void* fullName;
-  const void* baseName;
-  void* base;
-  ULONG size;
-};
-using LoaderObserver = void(CALLBACK*)(ULONG reason, const LoaderNews* news, void* context);
+/// What the loader tells of a DLL, each as wide as a pointer: flags, two names, where it lies,
+/// size.
+using LoaderNews = void* const*;
+constexpr std::size_t Place = 3;
+using LoaderObserver = void(CALLBACK*)(ULONG reason, LoaderNews news, void* context);
 using RegisterObserver = LONG(NTAPI*)(ULONG flags, LoaderObserver, void* context, void** cookie);
 
 /// The loader calls under its own lock: this one is held for a look only.
@@ -44,11 +41,11 @@ class UnloadCounts {
     if (observe != nullptr) observe(0, &Note, this, &cookie);
   }
 
-  static void CALLBACK Note(ULONG reason, const LoaderNews* news, void* context) {
+  static void CALLBACK Note(ULONG reason, LoaderNews news, void* context) {
     if (reason != Unloaded) return;
     auto& self = *static_cast<UnloadCounts*>(context);
     const std::scoped_lock lock(self._mutex);
-    const auto found = self._counts.find(news->base);
+    const auto found = self._counts.find(news[Place]);
     if (found != self._counts.end()) ++found->second;
   }
 

@@ -1,9 +1,11 @@
 #include "reference_host/download/BitsLeftovers.h"
 
 #include <algorithm>
+#include <functional>
 
 #include "reference_host/base/ThisUser.h"
 #include "reference_host/base/Url.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/wine/Workarounds.h"
 
 namespace refhost {
@@ -42,26 +44,52 @@ bool Fits(const BitsJob& job, const BitsOrder& order) {
                                        [&](const BitsFile& file) { return IsOf(order, file); });
 }
 
-}  // namespace
-
-std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const BitsOrder& order,
-                                         HRESULT& result) {
+/// Calls `act` with each job of this account. @return S_OK or BITS's error.
+HRESULT ForEachJob(const BitsJob::Manager& manager,
+                   const std::function<void(const ComPtr<IBackgroundCopyJob>&)>& act) {
   ComPtr<IEnumBackgroundCopyJobs> jobs;
-  result = manager->EnumJobs(0, &jobs);
-  if (FAILED(result)) return nullptr;
-  std::unique_ptr<BitsJob> fitting;
+  HRESULT result = manager->EnumJobs(0, &jobs);
+  if (FAILED(result)) return result;
   ComPtr<IBackgroundCopyJob> job;
   while ((result = jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr)) == S_OK) {
     AllowImpersonation(job);
+    act(job);
+  }
+  return SUCCEEDED(result) ? S_OK : result;
+}
+
+/// @return where the job's first file goes, empty when it has none.
+std::wstring FirstLocalNameOf(IBackgroundCopyJob& job) {
+  ComPtr<IEnumBackgroundCopyFiles> files;
+  ComPtr<IBackgroundCopyFile> file;
+  if (FAILED(job.EnumFiles(&files)) || files->Next(1, &file, nullptr) != S_OK) return {};
+  AllowImpersonation(file);
+  ComText name;
+  file->GetLocalName(name.Out());
+  return name.Text();
+}
+
+}  // namespace
+
+HRESULT CountJobsInto(const BitsJob::Manager& manager, const std::wstring& folder,
+                      unsigned long& count) {
+  return ForEachJob(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
+    if (IsAlive(*job.Get()) && IsBelow(FirstLocalNameOf(*job.Get()), folder)) ++count;
+  });
+}
+
+std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const BitsOrder& order,
+                                         HRESULT& result) {
+  std::unique_ptr<BitsJob> fitting;
+  result = ForEachJob(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
     if (NameOf(*job.Get()) != order.name || !IsOfThisUser(*job.Get()) || !IsAlive(*job.Get())) {
-      continue;
+      return;
     }
     std::unique_ptr<BitsJob> taken = BitsJob::Take(job);
     if (!taken) CancelJob(job);
     // What is not kept here is cancelled where it goes out of scope.
     if (taken && !fitting && Fits(*taken, order)) fitting = std::move(taken);
-  }
-  if (SUCCEEDED(result)) result = S_OK;
+  });
   return fitting;
 }
 

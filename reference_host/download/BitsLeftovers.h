@@ -14,4 +14,9 @@ namespace refhost {
 std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const BitsOrder& order,
                                          HRESULT& result);
 
+/// Counts the jobs of this account that fetch into a folder.
+/// @param count out. @return S_OK or BITS's error.
+HRESULT CountJobsInto(const BitsJob::Manager& manager, const std::wstring& folder,
+                      unsigned long& count);
+
 }  // namespace refhost

@@ -3,19 +3,35 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/files/FolderOwner.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/MemberName.h"
 
 namespace refhost {
 
 namespace {
 
-bool StartsWith(const std::wstring& path, const std::wstring& folder) {
-  const int length = static_cast<int>(folder.size());
-  return path.size() > folder.size() &&
-         CompareStringOrdinal(path.c_str(), length, folder.c_str(), length, TRUE) == CSTR_EQUAL;
+std::wstring RefusalOfFile(const std::wstring& url, const std::wstring& path,
+                           const std::wstring& folder, MemberNames& names) {
+  if (!IsAllowedUrl(url)) {
+    return WithoutQuery(url) + L" is refused: neither https nor a loopback address";
+  }
+  if (!IsBelow(path, folder)) return path + L" is refused: it is not below the download folder";
+  const std::string fault = names.Add(path.substr(folder.size() + 1));
+  return fault.empty() ? L"" : path + L" is refused: " + ZLT::String::UTF8ToUTF16(fault);
 }
 
 }  // namespace
+
+std::map<std::wstring, std::wstring> RefusalsOfFiles(const DownloadAgent::FileMap& files,
+                                                     const std::wstring& folder) {
+  std::map<std::wstring, std::wstring> refusals;
+  MemberNames names;
+  for (const auto& [url, path] : files) {
+    const std::wstring refusal = RefusalOfFile(url, path, folder, names);
+    if (!refusal.empty()) refusals[url] = refusal;
+  }
+  return refusals;
+}
 
 std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstring& folder) {
   if (files.empty()) return {};
@@ -23,18 +39,8 @@ std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstr
   if (!refusal.empty()) {
     return files.begin()->second + L" is refused, its folder cannot be used: " + refusal;
   }
-  MemberNames names;
-  for (const auto& [url, path] : files) {
-    if (!IsAllowedUrl(url)) {
-      return WithoutQuery(url) + L" is refused: neither https nor a loopback address";
-    }
-    if (!StartsWith(path, folder + L"\\")) {
-      return path + L" is refused: it is not below the download folder";
-    }
-    const std::string fault = names.Add(path.substr(folder.size() + 1));
-    if (!fault.empty()) return path + L" is refused: " + ZLT::String::UTF8ToUTF16(fault);
-  }
-  return {};
+  const auto refusals = RefusalsOfFiles(files, folder);
+  return refusals.empty() ? L"" : refusals.begin()->second;
 }
 
 }  // namespace refhost

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <map>
 #include <string>
 
+#include "host/Export.h"
 #include "host/common/DownloadAgent.h"
 
 namespace refhost {
@@ -12,5 +14,10 @@ namespace refhost {
 /// @return what is wrong, naming the file (a phrase for a log line, without secrets), empty when
 /// nothing is.
 std::wstring RefusalOfFiles(const DownloadAgent::FileMap& files, const std::wstring& folder);
+
+/// The same for each file by itself; the folder, which need not be there, is not judged.
+/// @return by the address of each refused file, what is wrong with it (a phrase as above).
+ZLT_API std::map<std::wstring, std::wstring> RefusalsOfFiles(const DownloadAgent::FileMap& files,
+                                                             const std::wstring& folder);
 
 }  // namespace refhost

@@ -11,6 +11,7 @@
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/files/FolderCreation.h"
+#include "reference_host/files/LongPath.h"
 #include "reference_host/files/ProgramData.h"
 
 namespace refhost::InstallationLease {
@@ -107,13 +108,6 @@ bool IsHeld() {
   return !file && GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
-bool LiesIn(const std::wstring& path, const std::wstring& folder) {
-  const auto length = static_cast<int>(folder.size());
-  return !folder.empty() && path.size() >= folder.size() &&
-         CompareStringOrdinal(path.c_str(), length, folder.c_str(), length, TRUE) == CSTR_EQUAL &&
-         (path.size() == folder.size() || path[folder.size()] == L'\\');
-}
-
 }  // namespace
 
 Answer Take(const std::wstring& folder, std::wstring& why) {
@@ -158,7 +152,7 @@ std::optional<LeaseHolder> OtherHolderOf(const std::wstring& path) {
     if (held.file) return std::nullopt;
   }
   std::optional<LeaseHolder> holder = Holder();
-  if (holder && !LiesIn(path, ZLT::String::UTF8ToUTF16(holder->folder))) holder.reset();
+  if (holder && !IsBelow(path + L"\\", ZLT::String::UTF8ToUTF16(holder->folder))) holder.reset();
   return holder;
 }
 

@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "host/Export.h"
+
 namespace refhost {
 
 /// Who installs on this machine.
@@ -30,13 +32,13 @@ Answer Take(const std::wstring& folder, std::wstring& why);
 void ReleaseWith(const std::wstring& folder);
 
 /// @return who has the lease, this process included; nothing when nobody has it.
-std::optional<LeaseHolder> Holder();
+ZLT_API std::optional<LeaseHolder> Holder();
 
 /// @return who has the lease, when that is another process and `path` lies in its folder.
 std::optional<LeaseHolder> OtherHolderOf(const std::wstring& path);
 
 /// @return "process 1234 (C:\...\tolmarctl.exe) since 2031-02-03T04:05:06Z".
-std::wstring Description(const LeaseHolder& holder);
+ZLT_API std::wstring Description(const LeaseHolder& holder);
 
 }  // namespace InstallationLease
 

@@ -23,6 +23,8 @@ constexpr std::int64_t MarginSeconds = 60;
 /// After a failure, so that the tries of many threads come together in one exchange.
 constexpr std::uint64_t RestMilliseconds = 250;
 
+constexpr unsigned long Stopped = ERROR_WINHTTP_OPERATION_CANCELLED;
+
 /// How often a waiting thread looks for a stop.
 constexpr std::chrono::milliseconds StopLook(50);
 
@@ -44,20 +46,16 @@ unsigned long TokenCache::Get(const std::string& tokenUrl, const std::string& se
   const RunningWork work;
   std::unique_lock lock(_mutex);
   while (!IsFresh(sessionToken)) {
-    std::shared_ptr<Exchange> exchange = _running;
-    if (exchange == nullptr) {
-      if (!WaitFor(lock, work, [this] { return _running || Now() >= _restUntil; })) break;
-      if (_running || IsFresh(sessionToken)) continue;
-      _running = exchange = std::make_shared<Exchange>(Exchange{sessionToken});
-      Run(lock, tokenUrl, *exchange);
-    } else if (!WaitFor(lock, exchange->work, [&] { return exchange->done; })) {
-      break;
+    if (const std::shared_ptr<const Exchange> running = _running) {
+      // One that was under way at a stop lets go of those too who come to it later.
+      if (!WaitFor(lock, running->work, [&] { return running->done; })) return Stopped;
+      if (running->sessionToken == sessionToken) return running->Outcome(jwt);
+    } else if (!WaitFor(lock, work, [this] { return _running || Now() >= _restUntil; })) {
+      return Stopped;
+    } else if (!_running && !IsFresh(sessionToken)) {
+      return Run(lock, tokenUrl, sessionToken)->Outcome(jwt);
     }
-    if (exchange->sessionToken != sessionToken) continue;  // somebody else's
-    if (exchange->failure == 0) jwt = exchange->jwt;
-    return exchange->failure;
   }
-  if (!IsFresh(sessionToken)) return ERROR_WINHTTP_OPERATION_CANCELLED;
   jwt = _jwt;
   return 0;
 }
@@ -83,27 +81,36 @@ bool TokenCache::WaitFor(std::unique_lock<std::mutex>& lock, const RunningWork& 
   return true;
 }
 
-void TokenCache::Run(std::unique_lock<std::mutex>& lock, const std::string& tokenUrl,
-                     Exchange& exchange) {
+std::shared_ptr<const TokenCache::Exchange> TokenCache::Run(std::unique_lock<std::mutex>& lock,
+                                                            const std::string& tokenUrl,
+                                                            const std::string& sessionToken) {
+  const auto exchange = std::make_shared<Exchange>(Exchange{sessionToken});
   const std::uint64_t asked = Now();
   ReceivedToken token;
+  _running = exchange;
   lock.unlock();
-  exchange.failure = ExchangeSafely(tokenUrl, exchange.sessionToken, token);
+  exchange->failure = ExchangeSafely(tokenUrl, sessionToken, token);
   lock.lock();
-  if (exchange.failure == 0) {
+  if (exchange->failure == 0) {
     const std::int64_t fresh = std::max<std::int64_t>(token.secondsLeft - MarginSeconds, 0);
     _freshUntil = fresh > 0 ? asked + 1000 * static_cast<std::uint64_t>(fresh) : 0;
-    _sessionToken = exchange.sessionToken;
-    _jwt = exchange.jwt = token.jwt;
+    _sessionToken = sessionToken;
+    _jwt = exchange->jwt = token.jwt;
   } else {
     _restUntil = Now() + RestMilliseconds;
     ZLT::g_log.e(L"Tessary: the session token was not exchanged, status or error %lu",
-                 exchange.failure);
-    Event("token.failed").With("status", exchange.failure).With("cause", "token.none").Write();
+                 exchange->failure);
+    Event("token.failed").With("status", exchange->failure).With("cause", "token.none").Write();
   }
-  exchange.done = true;
+  exchange->done = true;
   _running.reset();
   _changed.notify_all();
+  return exchange;
+}
+
+unsigned long TokenCache::Exchange::Outcome(std::string& received) const {
+  if (failure == 0) received = jwt;
+  return failure;
 }
 
 }  // namespace refhost

@@ -30,16 +30,19 @@ class TokenCache {
     bool done = false;
     unsigned long failure = 0;
     std::string jwt{};
+
+    unsigned long Outcome(std::string& received) const;
   };
 
   bool IsFresh(const std::string& sessionToken) const;
   template <typename Condition>
   bool WaitFor(std::unique_lock<std::mutex>& lock, const RunningWork& work, Condition isMet);
-  void Run(std::unique_lock<std::mutex>& lock, const std::string& tokenUrl, Exchange& exchange);
+  std::shared_ptr<const Exchange> Run(std::unique_lock<std::mutex>& lock,
+                                      const std::string& tokenUrl, const std::string& sessionToken);
 
   std::mutex _mutex;
   std::condition_variable _changed;
-  std::shared_ptr<Exchange> _running;
+  std::shared_ptr<const Exchange> _running;
   std::string _sessionToken;
   std::string _jwt;
   std::uint64_t _freshUntil = 0;  ///< milliseconds, as GetTickCount64 counts

@@ -19,6 +19,7 @@
 #include "reference_host/log/LogRecord.h"
 #include "reference_host/log/Redaction.h"
 #include "reference_host/log/SlimLock.h"
+#include "reference_host/log/SuiteLog.h"
 #include "reference_host/log/WaiterQueue.h"
 #include "reference_host/log/WideFormat.h"
 
@@ -36,14 +37,20 @@ refhost::LogRecordHead HeadOfNow(char level) {
   return {now.count(), GetCurrentProcessId(), GetCurrentThreadId(), level};
 }
 
+std::once_flag suiteLogDecided;
+
 /// The suite's own log has no owner who would open it.
 void OpenIfSuiteLog(const ZLT::Log& log) {
-  static std::once_flag opened;
   if (&log != &ZLT::g_log) return;
-  std::call_once(opened, [] { ZLT::utility::InitLog(ZLT::g_log, L"ZLT.log", DebugLevel); });
+  std::call_once(suiteLogDecided,
+                 [] { ZLT::utility::InitLog(ZLT::g_log, L"ZLT.log", DebugLevel); });
 }
 
 }  // namespace
+
+void refhost::KeepSuiteLogClosed() {
+  std::call_once(suiteLogDecided, [] {});
+}
 
 namespace ZLT {
 

@@ -1,8 +1,35 @@
 #include <gtest/gtest.h>
+#include <json/writer.h>
 
+#include <algorithm>
 #include <array>
+#include <fstream>
+#include <functional>
+#include <set>
 
 #include "tests/e2e/Lab.h"
+
+namespace {
+
+/// @return the checks of a doctor's report with that status, "id " after "id ".
+std::string ChecksWith(const std::string& status, const RunResult& run) {
+  std::string ids;
+  for (const Json::Value& finding : run.json["checks"]) {
+    if (finding["status"].asString() == status) ids += finding["id"].asString() + " ";
+  }
+  return ids;
+}
+
+Json::Value FileEntry(const char* name, const char* url, std::int64_t size) {
+  Json::Value file;
+  file["name"] = name;
+  file["downloadUrl"] = url;
+  file["size"] = Json::Int64{size};
+  file["crc"] = "";
+  return file;
+}
+
+}  // namespace
 
 TEST(CommandLine, ListAndFilesPrintTheServicesDocuments) {
   Lab lab({{"alpha"}});
@@ -27,6 +54,125 @@ TEST(CommandLine, WhatOnlyReadsChangesNothing) {
   EXPECT_TRUE(lab.Received("installProgress").empty());
   for (const Json::Value& file : lab.Received("file")) {
     EXPECT_NE(file["name"].asString(), "beta.cab");
+  }
+}
+
+TEST(CommandLine, PlanTellsWhatAnInstallationWouldDoAndDoesNothing) {
+  Lab lab({{"beta", true}, {"alpha"}});
+  const std::set<std::string> asked{"token", "hasEntitlement", "entitlement", "downloadRequest"};
+  const RunResult plan = lab.Run("plan --no-checks");
+  EXPECT_EQ(plan.exitStatus, 0) << plan.errors;
+  for (const std::string& type : lab.ReceivedTypes()) EXPECT_EQ(asked.count(type), 1U) << type;
+  EXPECT_FALSE(std::filesystem::exists(lab.DriveC() / "lab" / "download"));
+  const Json::Value& result = plan.json["result"];
+  const Json::Value& beta = result["titles"][0];
+  EXPECT_EQ(beta["status"].asString(), "not asked");
+  std::int64_t bytes = 0;
+  for (const Json::Value& file : beta["modules"][0]["files"]) bytes += file["size"].asInt64();
+  EXPECT_GT(bytes, 300000);
+  EXPECT_EQ(beta["bytesToFetch"].asInt64(), bytes);
+  const std::int64_t alpha = result["titles"][1]["bytesToFetch"].asInt64();
+  EXPECT_EQ(result["bytesToFetch"].asInt64(), bytes + alpha);
+  EXPECT_EQ(result["bytesNeeded"].asInt64(), 2 * std::max(bytes, alpha));
+  EXPECT_TRUE(result["isEnough"].asBool());
+  EXPECT_EQ(result["refusals"].asInt(), 0);
+  EXPECT_EQ(plan.output.find("signature"), std::string::npos);
+
+  const RunResult checked = lab.Run("plan");
+  EXPECT_EQ(checked.json["result"]["titles"][0]["status"].asString(), "not installed");
+  EXPECT_EQ(checked.json["result"]["bytesToFetch"].asInt64(), bytes + alpha);
+  for (const Json::Value& file : lab.Received("file")) {
+    EXPECT_NE(file["name"].asString(), "beta.cab");
+  }
+  EXPECT_TRUE(lab.Received("downloadProgress").empty());
+  EXPECT_FALSE(lab.IsInstalled("beta"));
+
+  // What is left over spares the first title's fetching; then the folder is deleted.
+  for (const char* name : {"alpha.cab", "beta.cab"}) {
+    std::ofstream(lab.DriveC() / "lab" / "download" / name) << "x";
+  }
+  const RunResult again = lab.Run("plan --no-checks");
+  EXPECT_LT(again.json["result"]["titles"][0]["bytesToFetch"].asInt64(), 1000);
+  EXPECT_EQ(again.json["result"]["titles"][1]["bytesToFetch"].asInt64(), alpha);
+}
+
+TEST(CommandLine, PlanNamesWhatTheHostWouldRefuse) {
+  const struct {
+    const char* url;
+    const char* name;
+    std::int64_t size;
+    int code;
+    int refusals;
+    const char* said;
+  } rows[] = {
+      {"https://example.com/a?secret", "a.cab", 2'000'000'000, 0, 0, ""},
+      {"http://example.com/a?secret", "a.cab", 1, 0, 1, "neither https nor a loopback"},
+      {"https://example.com/a?secret", "..\\a.cab", 1, 0, 1, "a.cab is refused"},
+      {"https://example.com/a?secret", "CHECK.ps1", 1, 0, 1, "heck.ps1 is refused"},
+      {"https://example.com/a?secret", "a.cab", 3'000'000'000, 39, 0, ""},
+  };
+  for (const auto& row : rows) {
+    Lab lab({{"alpha"}});
+    Json::Value reply;
+    reply["result"]["code"] = 0;
+    Json::Value& files = reply["result"]["fileList"];
+    files.append(FileEntry("check.ps1", "https://example.com/check", 2'000'000'000));
+    files.append(FileEntry(row.name, row.url, row.size));
+    Json::Value fault;
+    fault["on"] = "downloadRequest";
+    fault["call"] = 0;
+    fault["reply"] = Json::writeString(Json::StreamWriterBuilder(), reply);
+    lab.Fault(Json::writeString(Json::StreamWriterBuilder(), fault));
+    const RunResult run = lab.Run("plan --no-checks");
+    EXPECT_EQ(run.json["code"].asInt(), row.code) << run.output;
+    EXPECT_EQ(run.json["result"]["refusals"].asInt(), row.refusals) << run.output;
+    EXPECT_NE(run.output.find(row.said), std::string::npos) << row.said << run.output;
+    EXPECT_EQ(run.output.find("secret"), std::string::npos) << run.output;
+    if (row.refusals + row.code != 0) continue;
+    EXPECT_EQ(run.json["result"]["bytesToFetch"].asInt64(), 4'000'000'000);
+  }
+}
+
+TEST(CommandLine, DoctorTellsWhichCheckFails) {
+  const struct {
+    const char* name;
+    std::function<void(Lab&)> spoil;
+    int exitStatus;
+    const char* failing;
+    const char* skipped;
+  } rows[] = {
+      {"healthy", [](Lab&) {}, 0, "", ""},
+      {"dead service",
+       [](Lab& lab) {
+         lab.Configuration()["baseUrl"] = "https://localhost:1";
+         lab.Configuration()["tokenUrl"] = "https://localhost:1/token";
+       },
+       1, "endpoint token ", "clock "},
+      {"wrong certificate",
+       [](Lab& lab) {
+         std::string url = lab.Configuration()["baseUrl"].asString();
+         lab.Configuration()["baseUrl"] = url.replace(url.find("localhost"), 9, "127.0.0.1");
+       },
+       1, "endpoint ", "clock "},
+      {"wrong session token", [](Lab& lab) { lab.Configuration()["sessionToken"] = "another"; }, 1,
+       "token ", ""},
+      {"unregistered", [](Lab& lab) { lab.Configuration()["registered"] = false; }, 1,
+       "registered ", ""},
+      {"broken configuration", [](Lab& lab) { lab.Configuration()["realm"] = 5; }, 1,
+       "configuration ", "download-folder log-folder registered endpoint token clock free-space "},
+  };
+  for (const auto& row : rows) {
+    Lab lab({{"alpha"}});
+    row.spoil(lab);
+    const RunResult run = lab.Run("doctor", 30);
+    EXPECT_EQ(run.exitStatus, row.exitStatus) << row.name << run.output;
+    EXPECT_EQ(ChecksWith("fail", run), row.failing) << row.name << run.output;
+    EXPECT_EQ(ChecksWith("skipped", run), row.skipped) << row.name << run.output;
+    EXPECT_EQ(run.json["checks"][0]["id"].asString(), "configuration") << row.name;
+    for (const char* folder : {"download", "log"}) {
+      EXPECT_FALSE(std::filesystem::exists(lab.DriveC() / "lab" / folder)) << row.name;
+    }
+    EXPECT_EQ(run.output.find("session-of"), std::string::npos) << row.name;
   }
 }
 

@@ -175,12 +175,14 @@ TEST(Failure, AfterAKilledDownloadTheNextOneSucceeds) {
 TEST(Failure, ASecondHostLeavesTheFirstOnesInstallationAlone) {
   Lab lab({{"alpha"}});
   lab.Fault(R"({"on":"file:alpha.cab","call":1,"delayMs":10000})");
-  RunResult second;
+  RunResult second, plan;
   ASSERT_TRUE(lab.RunAndKill("install", [&] {
     if (lab.Received("file").size() < 3) return false;
+    plan = lab.Run("plan --no-checks");
     second = lab.Run("install --timeout 3");
     return true;
   }));
+  EXPECT_TRUE(plan.json["result"]["lease"].asString().starts_with("process ")) << plan.output;
   EXPECT_EQ(second.exitStatus, 4);
   EXPECT_EQ(StatusOf(second, "alpha"), "not installed");
   const std::vector<Json::Value> files = lab.Received("file");  // The first one's questions alone.

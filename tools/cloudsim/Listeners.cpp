@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -36,6 +37,16 @@ std::unique_ptr<httplib::Server> MakeTlsServer(const TlsFiles& tls) {
   return server;
 }
 
+/// The library tells no time, as servers do.
+void TellTime(const httplib::Request&, httplib::Response& response) {
+  const std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  gmtime_r(&now, &utc);
+  char text[64];
+  std::strftime(text, sizeof text, "%a, %d %b %Y %H:%M:%S GMT", &utc);
+  response.set_header("Date", text);
+}
+
 std::unique_ptr<httplib::Server> MakeServer(const TlsFiles& tls) {
   std::unique_ptr<httplib::Server> server =
       tls.certificate.empty() ? std::make_unique<httplib::Server>() : MakeTlsServer(tls);
@@ -48,6 +59,7 @@ std::unique_ptr<httplib::Server> MakeServer(const TlsFiles& tls) {
   server->set_write_timeout(WriteSeconds);
   server->set_payload_max_length(MaxRequestBody);
   server->set_tcp_nodelay(true);
+  server->set_post_routing_handler(TellTime);
   return server;
 }
 

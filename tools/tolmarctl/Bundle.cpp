@@ -9,6 +9,7 @@
 #include "reference_host/configuration/Folders.h"
 #include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetWriter.h"
+#include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/Report.h"
@@ -30,12 +31,12 @@ void AddLog(Sources& sources, const std::string& name) {
 Sources Collect() {
   const std::vector<timeline::Run> runs = ReadRuns();
   Sources sources{{"report.html", timeline::AsPage(runs)}, {"report.txt", timeline::AsText(runs)}};
+  sources.push_back({"doctor.txt", DoctorsLines()});
   sources.push_back({"configuration.json", refhost::ShareableConfiguration(
                                                ReadWholeFile(refhost::ConfigurationFileName()))});
   for (const char* name : {"TolmarAgent.log", "ZLT.log", refhost::EventFileName}) {
     AddLog(sources, name);
   }
-  // Here is the place for what else is found out about the device.
   return sources;
 }
 

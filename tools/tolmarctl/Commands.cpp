@@ -10,6 +10,7 @@
 #include "host/common/Text.h"
 #include "host/core/ZLTPublisherSubscriber.h"
 #include "tools/tolmarctl/Installation.h"
+#include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/ProgressDisplay.h"
 
 namespace {
@@ -124,6 +125,6 @@ Outcome RunCommand(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   using Command = Outcome (*)(TolmarAgent&, const Options&, HANDLE);
   static const std::map<std::string, Command> commands{
       {"entitled", Entitled}, {"list", List},           {"status", Status}, {"install", Install},
-      {"files", Files},       {"configure", Configure}, {"run", Run}};
+      {"files", Files},       {"configure", Configure}, {"run", Run},       {"plan", Plan}};
   return commands.at(options.command)(agent, options, cancel);
 }

@@ -12,7 +12,7 @@ struct Outcome {
   unsigned long code = 0;       ///< the agent's
   Json::Value result;           ///< the agent's document; null for `entitled`
   bool hasEntitlement = false;  ///< `entitled` only
-  bool isDone = true;           ///< false: `configure` gave up before pre-install was done
+  bool isDone = true;           ///< false: `configure` or `plan` gave up before all was done
 };
 
 /// Runs the command of `options` to its end. @param cancel in, the cancel event.

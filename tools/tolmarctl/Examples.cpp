@@ -3,11 +3,16 @@
 const std::vector<Example>& AllExamples() {
   static const std::vector<Example> examples{
       {"", R"(tolmarctl --config C:\Tolmar\host.json status)", "what is installed?"},
+      {"", "tolmarctl doctor", "what does this device lack?"},
       {"", "tolmarctl explain 30", "what does \"code 30\" mean?"},
       {"list", "tolmarctl list", "as a table"},
       {"list", "tolmarctl list --json", "as one JSON object, for a script"},
       {"status", "tolmarctl status", "asks every title's check scripts"},
       {"status", "tolmarctl status --preinstall-only --json", "those for device set-up"},
+      {"plan", "tolmarctl plan", "sizes, room, and what is installed already"},
+      {"plan", "tolmarctl plan --no-checks --json", "without running anything, for a script"},
+      {"doctor", "tolmarctl doctor", "a line for each check"},
+      {"doctor", "tolmarctl doctor --quiet", "the exit status alone: 1 when a check fails"},
       {"install", "tolmarctl install --verbose", "with the logs on standard error"},
       {"install", "tolmarctl install --timeout 3600 --progress=jsonl",
        "an hour at most, progress for a program"},

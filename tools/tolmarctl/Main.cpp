@@ -15,6 +15,7 @@
 #include "reference_host/Startup.h"
 #include "tools/tolmarctl/Bundle.h"
 #include "tools/tolmarctl/CancelWatch.h"
+#include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/LogFollower.h"
@@ -116,6 +117,7 @@ int main() {
   if (options.quiet && std::freopen("NUL", "w", stdout) == nullptr) return ExitStatus::Failure;
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
+  if (options.command == "doctor") return Doctor(options);
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;

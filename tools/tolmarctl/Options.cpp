@@ -51,12 +51,16 @@ void AddCommands(CLI::App& app, Options& options) {
   CLI::App* files = app.add_subcommand("files", "list the files of one module");
   files->add_option("L1FRUPN", options.l1FruPn, "the title's part number")->required();
   files->add_option("MODULEFRUPN", options.moduleFruPn, "the module's part number")->required();
+  app.add_subcommand("plan", "tell what an installation would do, and change nothing")
+      ->add_flag("!--no-checks", options.asksChecks,
+                 "do not ask the check scripts, which are fetched for that");
+  app.add_subcommand("doctor", "examine what this device needs, and say what to do");
   app.add_subcommand("explain", "tell what a result code or a cause means and what to do")
       ->add_option("CODE|CAUSE", options.subject,
                    "a number (30, 0x1E) or an identifier; without it: all");
   app.add_subcommand("report", "tell what has happened on this device, title by title")
       ->add_option("--html", options.file, "write it as a page to this new file");
-  app.add_subcommand("bundle", "pack logs, events, report and configuration for a ticket")
+  app.add_subcommand("bundle", "pack logs, events, report, doctor's lines and configuration")
       ->add_option("FILE", options.file, "the new cabinet")
       ->required();
   CLI::App* configure = app.add_subcommand(

@@ -15,8 +15,9 @@ struct Options {
   unsigned int timeoutSeconds = 0;  ///< 0: none
   std::string l1FruPn;
   std::string moduleFruPn;
-  std::string subject;  ///< what to explain
-  std::string file;     ///< what to write
+  bool asksChecks = true;  ///< `plan`: what is installed already
+  std::string subject;     ///< what to explain
+  std::string file;        ///< what to write
 
   /// @return true for a command that changes nothing on the device.
   bool IsReadOnly() const;

@@ -9,6 +9,7 @@
 #include "reference_host/process/Restart.h"
 #include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
+#include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/Table.h"
 
 namespace {
@@ -111,13 +112,14 @@ void PrintText(const Options& options, const Outcome& outcome) {
   const Json::Value& files = ListOf(outcome.result, "fileList");
   PrintList(titles, IsTitle, TitlesIn(titles));
   PrintList(files, IsFile, FilesIn(files));
+  if (options.command == "plan") PrintPlan(outcome.result);
   if (const std::string restart = WantedRestart(options); !restart.empty()) {
     std::printf("restart: %s\n", restart.c_str());
   }
   std::fflush(stdout);
   for (const Json::Value& title : titles) std::fputs(ExplanationOf(title).c_str(), stderr);
   if (!outcome.isDone) {
-    std::fputs("tolmarctl: configure: gave up before pre-install was done\n", stderr);
+    std::fprintf(stderr, "tolmarctl: %s: gave up before all was done\n", options.command.c_str());
   }
   if (outcome.code == 0) return;
   std::fprintf(stderr, "tolmarctl: %s: code %lu\n%s", options.command.c_str(), outcome.code,

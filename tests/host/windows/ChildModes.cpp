@@ -21,6 +21,7 @@
 #include "host/common/Utility.h"
 #include "host/core/ZLTPublisherSubscriber.h"
 #include "reference_host/Startup.h"
+#include "reference_host/doctor/Doctor.h"
 #include "reference_host/log/Event.h"
 #include "tests/host/windows/FakeImport.h"
 
@@ -130,6 +131,15 @@ int HoldLease(const std::string& name, const char* url) {
   if (!done) return 1;
   SetEvent(OpenEventA(EVENT_MODIFY_STATE, FALSE, (name + "-ready").c_str()));
   return WaitForEvent(name.c_str());
+}
+
+/// Prints what the doctor finds, a line a check: identifier, number of the verdict, text.
+int RunDoctor(int patienceMs) {
+  for (const refhost::Finding& finding : refhost::Examine(std::chrono::milliseconds(patienceMs))) {
+    std::printf("%s %d %s\n", finding.id.c_str(), static_cast<int>(finding.health),
+                finding.found.c_str());
+  }
+  return 0;
 }
 
 /// @return 0 when standard input is at its end at once.
@@ -242,6 +252,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   const std::string mode = count > 1 ? arguments[1] : "";
   const char* first = count > 2 ? arguments[2] : "";
   if (mode == "--start") return StartSuite();
+  if (mode == "--doctor") return RunDoctor(std::atoi(first));
   if (mode == "--lease" && count > 3) return HoldLease(first, arguments[3]);
   if (mode == "--append" && count > 3) return AppendRecords(first, arguments[3]);
   if (mode == "--events") return WriteEvents(std::atoi(first));

@@ -192,10 +192,10 @@ TEST(TokenBroker, CountsATokensAgeWhileTheMachineSleepsAndByNoClockOfItsOwn) {
       return answer;
     });
     std::string jwt;
-    for (const auto& [seconds, exchanges] : {std::pair(0, 1), {3500, 1}, {41, 2}}) {
-      slept += 1000ULL * seconds;
+    for (const auto& [seconds, exchanges] : {std::pair(0ULL, 1U), {3500, 1}, {41, 2}}) {
+      slept += 1000 * seconds;
       EXPECT_EQ(Ask(row.session, jwt), 0U);
-      EXPECT_EQ(Cloud().Seen().size(), static_cast<std::size_t>(exchanges)) << row.session;
+      EXPECT_EQ(Cloud().Seen().size(), exchanges) << row.session;
     }
   }
 }
