@@ -4,8 +4,8 @@
 #include <windows.h>
 
 #include <chrono>
+#include <exception>
 #include <mutex>
-#include <new>
 
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
@@ -14,6 +14,7 @@
 #include "reference_host/log/LogFile.h"
 #include "reference_host/log/LogRecord.h"
 #include "reference_host/log/Redaction.h"
+#include "reference_host/log/SuiteLog.h"
 
 namespace refhost {
 
@@ -33,6 +34,7 @@ struct Stream {
 
   void Append(const std::string& line) {
     const std::scoped_lock lock(mutex);
+    if (IsSuiteLogKeptClosed()) return;
     if (!file.IsOpen() && !CreateFolder(LogFolder(), true).empty()) return;
     const std::wstring path = LogFolder() + L"\\" + ZLT::String::UTF8ToUTF16(EventFileName);
     if (file.IsOpen() || file.Open(path, Settings().logMaxBytes)) file.Append(line);
@@ -51,19 +53,39 @@ thread_local const std::string* t_title = nullptr;
 }  // namespace
 
 Event::Event(const char* kind) {
-  _record["time"] = ComposeLogTime(UnixMilliseconds());
-  _record["process"] = Json::UInt{GetCurrentProcessId()};
-  _record["run"] = Run();
-  _record["event"] = kind;
-  With("title", EventTitle::Current());
+  try {
+    With("time", ComposeLogTime(UnixMilliseconds()));
+    With("process", GetCurrentProcessId());
+    With("run", Run());
+    With("event", kind);
+    With("title", EventTitle::Current());
+  } catch (const std::exception&) {
+    // What there is no memory for is lost, here and below.
+  }
 }
 
-Event& Event::With(const char* key, const std::string& text) {
+Event& Event::With(const char* key, const char* text) try {
+  return With(key, std::string(text));
+} catch (const std::exception&) {
+  return *this;
+}
+
+Event& Event::With(const char* key, const std::string& text) try {
   return With(key, ZLT::String::UTF8ToUTF16(text));
+} catch (const std::exception&) {
+  return *this;
 }
 
-Event& Event::With(const char* key, const std::wstring& text) {
-  if (!text.empty()) _record[key] = ZLT::String::UTF16ToUTF8(WithoutSecrets(text));
+Event& Event::With(const char* key, const std::wstring& text) try {
+  return text.empty() ? *this : Set(key, ZLT::String::UTF16ToUTF8(WithoutSecrets(text)));
+} catch (const std::exception&) {
+  return *this;
+}
+
+Event& Event::Set(const char* key, const Json::Value& value) try {
+  _record[key] = value;
+  return *this;
+} catch (const std::exception&) {
   return *this;
 }
 
@@ -76,8 +98,7 @@ void Event::Write() const try {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   TheStream().Append(Json::writeString(builder, _record) + "\n");
-} catch (const std::bad_alloc&) {
-  // What there is no memory for is lost.
+} catch (const std::exception&) {
 }
 
 const std::string& Event::Run() { return TheStream().run; }

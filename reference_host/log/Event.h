@@ -16,8 +16,8 @@ inline constexpr const char* EventFileName = "events.jsonl";
 
 /// One thing that happened, as a line of JSON in the events' file: time, process, run (the same for
 /// a process's whole life), title, what happened, and its details (docs/operations.md lists them).
-/// Secrets are left out as in the logs, and the file is rotated as they are. Any thread; what
-/// cannot be written is lost.
+/// Secrets are left out as in the logs, and the file is rotated as they are. Any thread; nothing is
+/// thrown, what cannot be written is lost.
 class ZLT_API Event {
  public:
   /// @param kind in, what happened to what: "file.done".
@@ -26,14 +26,13 @@ class ZLT_API Event {
   /// Adds a detail; texts are UTF-8 or UTF-16, an empty one is left out.
   Event& With(const char* key, const std::string& text);
   Event& With(const char* key, const std::wstring& text);
-  Event& With(const char* key, const char* text) { return With(key, std::string(text)); }
+  Event& With(const char* key, const char* text);
   Event& With(const char* key, std::integral auto number) {
     if constexpr (std::same_as<decltype(number), bool>) {
-      _record[key] = number;
+      return Set(key, number);
     } else {
-      _record[key] = static_cast<Json::Int64>(number);
+      return Set(key, static_cast<Json::Int64>(number));
     }
-    return *this;
   }
 
   /// Adds how long it took, in milliseconds ("ms").
@@ -46,6 +45,8 @@ class ZLT_API Event {
   static const std::string& Run();
 
  private:
+  Event& Set(const char* key, const Json::Value& value);
+
   Json::Value _record;
 };
 

@@ -38,6 +38,7 @@ refhost::LogRecordHead HeadOfNow(char level) {
 }
 
 std::once_flag suiteLogDecided;
+std::atomic<bool> suiteLogKeptClosed = false;
 
 /// The suite's own log has no owner who would open it.
 void OpenIfSuiteLog(const ZLT::Log& log) {
@@ -49,8 +50,10 @@ void OpenIfSuiteLog(const ZLT::Log& log) {
 }  // namespace
 
 void refhost::KeepSuiteLogClosed() {
-  std::call_once(suiteLogDecided, [] {});
+  std::call_once(suiteLogDecided, [] { suiteLogKeptClosed = true; });
 }
+
+bool refhost::IsSuiteLogKeptClosed() { return suiteLogKeptClosed; }
 
 namespace ZLT {
 

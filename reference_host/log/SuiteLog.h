@@ -6,4 +6,7 @@ namespace refhost {
 /// programs that are to change nothing on the device. Any thread.
 void KeepSuiteLogClosed();
 
+/// @return true when it is kept closed, and the events with it.
+bool IsSuiteLogKeptClosed();
+
 }  // namespace refhost

@@ -27,8 +27,8 @@ summary b { margin-right: .6rem; }
 table { border-collapse: collapse; width: 100%; table-layout: fixed; }
 th, td { text-align: left; vertical-align: top; padding: .3rem .8rem .3rem 0;
   border-bottom: 1px solid var(--line); font-weight: 400; }
-th { width: 9rem; } td.time { width: 5.5rem; text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }
-td.when { width: 14rem; }
+th { width: 8.5rem; } td.time { width: 5.5rem; text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }
+td.when { width: 11rem; }
 svg { width: 100%; height: .7rem; background: var(--card); border-radius: 3px; }
 rect { fill: var(--bar); } rect.bad { fill: var(--bad); }
 .cause { border-left: 4px solid var(--bad); padding-left: .7rem; margin: .7rem 0; }
@@ -38,7 +38,7 @@ pre { background: var(--card); border-radius: 6px; padding: .6rem .8rem; overflo
 
 /// SHA-256 of the style, which the policy lets in by it: a browser that finds another one says
 /// which in its console.
-constexpr const char* StyleHash = "sha256-tZaljlaa0XEiuHV3EASlHTmGJ1nqeruBfV2XCT+BAJg=";
+constexpr const char* StyleHash = "sha256-ES4qFYCET5iLrd4PM32i/1sxnrclsLcEDZt8U3Nq964=";
 
 std::string Escaped(const std::string& text) {
   std::string escaped;

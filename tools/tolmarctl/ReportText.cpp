@@ -30,8 +30,7 @@ std::string StepLines(const Step& step) {
 std::string TitleLines(const Title& title) {
   std::string lines = "  " + (title.partNumber.empty() ? "(no title)" : title.partNumber);
   lines += title.name.empty() ? "" : "  " + title.name;
-  const std::string summary = SummaryOf(title);
-  lines += (summary.empty() ? "" : ": " + summary) + "\n";
+  lines += ": " + SummaryOf(title) + "\n";
   for (const Step& step : title.steps) lines += StepLines(step);
   const std::string id = CauseOf(title);
   if (const refhost::Cause* cause = refhost::FindCause(id)) {
@@ -71,8 +70,9 @@ Json::Value TitleAsJson(const Title& title) {
 }  // namespace
 
 std::string SummaryOf(const Title& title) {
-  std::string summary = title.end ? (title.status.empty() ? "not begun" : title.status)
-                                  : (title.partNumber.empty() ? "" : "not ended");
+  if (title.partNumber.empty()) return std::to_string(title.steps.size()) + " steps";
+  std::string summary =
+      title.end ? (title.status.empty() ? "not begun" : title.status) : "not ended";
   if (title.code && *title.code != 0) summary += ", code " + std::to_string(*title.code);
   if (title.end) summary += ", after " + Duration(*title.end - title.begin);
   if (title.retries == 1) summary += ", 1 retry";
