@@ -132,6 +132,7 @@ suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"
+  bash scripts/deps.sh chromium  # looks at the report's page
   source tests/e2e/fixtures.sh
   e2e_fixtures "$BUILD/e2e"
   runs=$BUILD/e2e/runs.jsonl

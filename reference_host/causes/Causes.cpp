@@ -73,6 +73,10 @@ constexpr Cause Table[] = {
      "Build the package without it: docs/packages.md tells which names are refused."},
     {"package.too-large", 0, 0, "The package unpacks to more than maxUnpackedBytes allows.",
      HostLog, "Raise maxUnpackedBytes, or make the package smaller."},
+    {"package.not-unpacked", 0, 0, "The package's files could not be written.", HostLog,
+     "Look for the system's error there: 112 is a full disk."},
+    {"package.stopped", 0, 0, "The host ended before the package was unpacked.", HostLog,
+     "Nothing, if it was meant."},
 
     {"download.refused", 0, 0, "A file's server refuses it.", HostLog,
      "Ask the service's side: the status tells whether the file is gone or the address expired."},

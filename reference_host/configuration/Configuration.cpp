@@ -2,6 +2,7 @@
 
 #include <json/reader.h>
 #include <json/value.h>
+#include <json/writer.h>
 
 #include <algorithm>
 #include <memory>
@@ -33,17 +34,18 @@ class Reader {
  public:
   explicit Reader(const Json::Value& root) : _root(root) {}
 
+  /// @return what was read of the file, as it stands there.
+  const Json::Value& Known() const { return _known; }
+
   std::string RequiredText(const char* key) const {
-    if (!_root.isMember(key)) Refuse(key, "is missing");
+    if (!Has(key)) Refuse(key, "is missing");
     return Text(key);
   }
 
-  std::string OptionalText(const char* key) const {
-    return _root.isMember(key) ? Text(key) : std::string();
-  }
+  std::string OptionalText(const char* key) const { return Has(key) ? Text(key) : std::string(); }
 
   bool Flag(const char* key, bool otherwise) const {
-    if (!_root.isMember(key)) return otherwise;
+    if (!Has(key)) return otherwise;
     if (!_root[key].isBool()) Refuse(key, "must be true or false");
     return _root[key].asBool();
   }
@@ -62,7 +64,7 @@ class Reader {
   /// Reads a whole number; `number` keeps its value when the key is absent.
   template <typename Whole>
   void Number(const char* key, Whole least, Whole most, Whole& number) const {
-    if (!_root.isMember(key)) return;
+    if (!Has(key)) return;
     const Json::Value& value = _root[key];
     if (!value.isUInt64() || value.asUInt64() < least || value.asUInt64() > most) {
       Refuse(key, "must be a whole number from " + std::to_string(least) + " to " +
@@ -72,7 +74,7 @@ class Reader {
   }
 
   double Share(const char* key, double otherwise) const {
-    if (!_root.isMember(key)) return otherwise;
+    if (!Has(key)) return otherwise;
     const Json::Value& value = _root[key];
     if (!value.isNumeric() || value.asDouble() < 0 || value.asDouble() > 1) {
       Refuse(key, "must be a number from 0 to 1");
@@ -82,7 +84,7 @@ class Reader {
 
   std::vector<std::string> Texts(const char* key) const {
     std::vector<std::string> texts;
-    if (!_root.isMember(key)) return texts;
+    if (!Has(key)) return texts;
     if (!_root[key].isArray()) Refuse(key, "must be a list of texts");
     for (const Json::Value& element : _root[key]) {
       if (!element.isString()) Refuse(key, "must be a list of texts");
@@ -99,7 +101,14 @@ class Reader {
     return text;
   }
 
+  bool Has(const char* key) const {
+    if (!_root.isMember(key)) return false;
+    _known[key] = _root[key];
+    return true;
+  }
+
   const Json::Value& _root;
+  mutable Json::Value _known{Json::objectValue};
 };
 
 std::string ReadUrl(const Reader& reader, const char* key) {
@@ -222,6 +231,21 @@ std::string ParseConfiguration(const std::string& fileName, const std::string& j
   } catch (const Json::Exception& error) {
     return fileName + ": not well-formed JSON: " + OnOneLine(error.what());
   }
+}
+
+std::string ShareableConfiguration(const std::string& json) try {
+  const Json::Value root = ParseObject(json);
+  const Reader reader(root);
+  Read(reader);
+  Json::Value known = reader.Known();
+  known["sessionToken"] = "[left out]";
+  for (const char* key : {"baseUrl", "tokenUrl"}) {
+    const std::wstring url = ZLT::String::UTF8ToUTF16(known[key].asString());
+    known[key] = ZLT::String::UTF16ToUTF8(WithoutQuery(url));
+  }
+  return Json::writeString(Json::StreamWriterBuilder(), known) + "\n";
+} catch (const std::exception&) {
+  return "no usable configuration\n";  // a complaint might quote it
 }
 
 std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine) {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "host/Export.h"
+
 namespace refhost {
 
 /// The suite's configuration. Texts are UTF-8 as in the file, folders wide.
@@ -40,6 +42,10 @@ struct Configuration {
 /// @return an empty text on success, else one line naming file and key.
 std::string ParseConfiguration(const std::string& fileName, const std::string& json,
                                Configuration& configuration);
+
+/// @return a configuration fit to be shown to others, as JSON text: without the session token, the
+/// queries of addresses, and keys that nobody knows. A word that says so when it is not usable.
+ZLT_API std::string ShareableConfiguration(const std::string& json);
 
 /// Which file a host reads. Pure.
 /// @param isService in, true: the variable is not followed, since what starts a service may pass on

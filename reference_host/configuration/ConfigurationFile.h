@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "host/Export.h"
 #include "reference_host/configuration/Configuration.h"
 
 namespace refhost {
@@ -16,7 +17,7 @@ const Configuration& Settings();
 /// @return the name of the file that the process is to read (see `FileToRead`): the environment
 /// variable is TOLMAR_HOST_CONFIG, the machine's value "ConfigurationFile" of
 /// HKEY_LOCAL_MACHINE\SOFTWARE\Tolmar, 64-bit view. Empty when neither names one.
-std::wstring ConfigurationFileName();
+ZLT_API std::wstring ConfigurationFileName();
 
 /// @return why there is no usable configuration, empty when there is one.
 const std::wstring& ConfigurationError();

@@ -7,6 +7,7 @@
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/download/BitsLeftovers.h"
+#include "reference_host/download/DownloadEvents.h"
 #include "reference_host/download/JobWatch.h"
 #include "reference_host/files/FolderCreation.h"
 
@@ -89,6 +90,7 @@ bool BitsDownload::GiveUp(BitsFailure failure) {
   failure = Classed(std::move(failure));
   const DownloadFile& file = _files.FailingFile(failure);
   LogFailure(file, failure);
+  TellFailure(file, failure, std::nullopt);
   _owner.Ask(file, failure);
   _owner.TellEnd(GUID{}, false);
   return false;
@@ -98,6 +100,7 @@ bool BitsDownload::RunJobs() {
   const auto begin = AwakeClock::Now();
   ZLT::g_log.d(L"DownloadAgent: job %s begins, files: %lu", _order.name.c_str(),
                static_cast<unsigned long>(_order.files.size()));
+  Event("download.began").With("files", _order.files.size()).Write();
   const KeepAwake awake(L"Software is being downloaded");
   if (awake.Error() != ERROR_SUCCESS) {
     ZLT::g_log.d(L"DownloadAgent: the machine may fall asleep meanwhile, error %lu", awake.Error());
@@ -111,6 +114,12 @@ bool BitsDownload::RunJobs() {
   ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s%s", _order.name.c_str(), result,
                MillisecondsSince(begin), std::to_wstring(bytes).c_str(),
                kept ? L", kept for the next download" : L"");
+  Event("download.ended")
+      .With("done", end == End::Done)
+      .With("bytes", bytes)
+      .With("ms", MillisecondsSince(begin))
+      .With("cause", end == End::Stopped ? "download.stopped" : "")
+      .Write();
   _owner.TellEnd(*_id, end == End::Done);
   return end == End::Done;
 }
@@ -204,6 +213,7 @@ bool BitsDownload::GoOn() {
 BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
   if (!_job) return End::Done;
   JobWatch watch(*_job, _files);
+  _files.BeginTransfer();
   for (;;) {
     const auto begin = AwakeClock::Now();
     if (_order.IsStopRequested(watch.Pause())) return End::Stopped;
@@ -251,17 +261,23 @@ HRESULT BitsDownload::CompleteJob(const FilePlace::Wait& wait) {
 BitsDownload::End BitsDownload::Recover(const BitsFailure& failure) {
   DownloadFile& file = _files.FailingFile(failure);
   LogFailure(file, failure);
-  if (std::exchange(_goesAsItWas, false)) return End::Done;
+  if (std::exchange(_goesAsItWas, false)) {
+    TellFailure(file, failure, RetryPatience::Time(0));
+    return End::Done;
+  }
   std::optional<RetryPatience::Time> wait;
   if (IsTransient(failure) && (failure.code != OtherAnswer || file.retries < MaxOtherAnswers)) {
     wait = _patience.Next(AwakeClock::Now(), _files.Total().bytesTransferred);
   }
+  TellFailure(file, failure, wait);
   if (wait) {
     ++file.retries;
     return _order.IsStopRequested(static_cast<DWORD>(wait->count())) ? End::Stopped : End::Done;
   }
   _patience.Restart();
-  return _owner.Ask(file, failure) ? End::Done : End::Failed;
+  if (!_owner.Ask(file, failure)) return End::Failed;
+  Event("file.renewed").With("file", FileSystem::getFileName(file.path)).Write();
+  return End::Done;
 }
 
 FilePlace::Wait BitsDownload::StoppableWait() const {

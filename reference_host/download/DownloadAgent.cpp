@@ -14,6 +14,8 @@
 #include "reference_host/download/BitsDownload.h"
 #include "reference_host/download/DownloadAgentOrder.h"
 #include "reference_host/download/LeaseWait.h"
+#include "reference_host/files/FolderOwner.h"
+#include "reference_host/log/Event.h"
 
 using namespace refhost;
 
@@ -117,10 +119,19 @@ void LogException(const std::exception& exception) {
   LogError(L"the download failed: " + ZLT::String::UTF8ToUTF16(exception.what()));
 }
 
+void TellRefusal(const std::wstring& refusal) {
+  const bool isFolder = !RefusalOfFolder(ZLT::utility::GetZltKivDownloadPath()).empty();
+  Event("download.refused")
+      .With("reason", refusal)
+      .With("cause", isFolder ? "device.folder" : "download.address")
+      .Write();
+}
+
 /// Runs the download on a thread of the service; blocks until it has ended.
 bool RunOnOwnThread(BitsDownload& download) {
   bool success = false;
-  std::thread thread([&] {
+  std::thread thread([&, title = EventTitle::Current()] {
+    const EventTitle named(title);
     try {
       success = download.Run();
     } catch (const std::exception& exception) {
@@ -167,6 +178,7 @@ bool DownloadAgent::DownloadFiles(std::wstring jobName, bool uploads, FileMap fi
   if (jobName != m_pState->name) refusal = L"no job of this service: " + jobName;
   if (!refusal.empty()) {
     LogError(refusal);
+    TellRefusal(refusal);
     return false;
   }
   if (files.empty()) return true;

@@ -7,6 +7,7 @@
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/download/BitsLimits.h"
+#include "reference_host/download/DownloadEvents.h"
 
 namespace refhost {
 
@@ -107,15 +108,22 @@ std::optional<BitsFailure> DownloadFileSet::TransportFailure(const BitsProbe& pr
 }
 
 void DownloadFileSet::Update(const std::vector<BitsProgress>& progress) {
+  const AwakeClock::Time now = AwakeClock::Now();
+  bool hasMore = false;
   for (DownloadFile& file : _files) {
     const auto found = std::find_if(progress.begin(), progress.end(), [&](const BitsProgress& one) {
       return one.localPath == file.part;
     });
     if (file.finished || found == progress.end()) continue;
     file.transferred = found->transferred;
+    if (found->completed && !file.arrived) {
+      file.took = now - _since;
+      hasMore = true;
+    }
     file.arrived = found->completed;
     file.jobsLength = found->total;
   }
+  if (hasMore) _since = now;
 }
 
 void DownloadFileSet::SettleLengths() {
@@ -164,6 +172,7 @@ std::optional<BitsFailure> DownloadFileSet::Place(const Wait& wait) {
     if (file.finished || !file.arrived) continue;
     const std::optional<BitsFailure> failure = FilePlace::Fill(file, wait);
     file.finished = !failure;
+    if (file.finished) TellDone(file);
     file.arrived = false;
     if (!first) first = failure;
   }

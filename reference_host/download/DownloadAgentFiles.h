@@ -49,6 +49,9 @@ class DownloadFileSet {
   /// @return why the server of an unfinished file was not reached.
   std::optional<BitsFailure> TransportFailure(const BitsProbe& probe) const;
 
+  /// Takes note that bytes may come from now on.
+  void BeginTransfer() { _since = AwakeClock::Now(); }
+
   /// Takes over a job's progress.
   void Update(const std::vector<BitsProgress>& progress);
 
@@ -90,6 +93,8 @@ class DownloadFileSet {
   bool RenewOne(const std::wstring& name, const std::wstring& url);
 
   std::vector<DownloadFile> _files;
+  AwakeClock::Time _since =
+      AwakeClock::Now();  ///< the transfer's begin, or when a file was last seen to be there
 };
 
 }  // namespace refhost

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "reference_host/base/AwakeClock.h"
 #include "reference_host/download/BitsFailure.h"
 
 namespace refhost {
@@ -20,8 +21,9 @@ struct DownloadFile {
   std::optional<std::uint64_t> length;      ///< as announced before the transfer, in bytes
   std::optional<std::uint64_t> jobsLength;  ///< as the transfer's own reply has announced it
   std::uint64_t transferred = 0;
-  bool arrived = false;   ///< the job has it, its length is still to be checked
-  bool finished = false;  ///< whole and in its place
+  AwakeClock::Time took{0};  ///< until it had arrived: as the looks at the job tell, or less
+  bool arrived = false;      ///< the job has it, its length is still to be checked
+  bool finished = false;     ///< whole and in its place
   int retries = 0;
   int renewals = 0;
 };

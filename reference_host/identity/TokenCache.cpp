@@ -11,6 +11,7 @@
 #include "host/common/Log.h"
 #include "host/common/Text.h"
 #include "reference_host/identity/TokenExchange.h"
+#include "reference_host/log/Event.h"
 
 namespace refhost {
 
@@ -99,6 +100,7 @@ std::shared_ptr<const TokenCache::Exchange> TokenCache::Run(std::unique_lock<std
     _restUntil = Now() + RestMilliseconds;
     ZLT::g_log.e(L"Tessary: the session token was not exchanged, status or error %lu",
                  exchange->failure);
+    Event("token.failed").With("status", exchange->failure).With("cause", "token.none").Write();
   }
   exchange->done = true;
   _running.reset();

@@ -28,16 +28,14 @@ std::int64_t UnixMilliseconds() {
 struct Stream {
   std::mutex mutex;
   LogFile file;
-  std::string title;
   const std::string run =
       std::to_string(UnixMilliseconds()) + "-" + std::to_string(GetCurrentProcessId());
 
   void Append(const std::string& line) {
     const std::scoped_lock lock(mutex);
     if (!file.IsOpen() && !CreateFolder(LogFolder(), true).empty()) return;
-    const bool open =
-        file.IsOpen() || file.Open(LogFolder() + L"\\events.jsonl", Settings().logMaxBytes);
-    if (open) file.Append(line);
+    const std::wstring path = LogFolder() + L"\\" + ZLT::String::UTF8ToUTF16(EventFileName);
+    if (file.IsOpen() || file.Open(path, Settings().logMaxBytes)) file.Append(line);
   }
 };
 
@@ -47,16 +45,17 @@ Stream& TheStream() {
   return *stream;
 }
 
+/// Not the text itself: MinGW frees a thread's variables before it calls their destructors.
+thread_local const std::string* t_title = nullptr;
+
 }  // namespace
 
 Event::Event(const char* kind) {
-  Stream& stream = TheStream();
   _record["time"] = ComposeLogTime(UnixMilliseconds());
   _record["process"] = Json::UInt{GetCurrentProcessId()};
-  _record["run"] = stream.run;
+  _record["run"] = Run();
   _record["event"] = kind;
-  const std::scoped_lock lock(stream.mutex);
-  if (!stream.title.empty()) _record["title"] = stream.title;
+  With("title", EventTitle::Current());
 }
 
 Event& Event::With(const char* key, const std::string& text) {
@@ -64,18 +63,13 @@ Event& Event::With(const char* key, const std::string& text) {
 }
 
 Event& Event::With(const char* key, const std::wstring& text) {
-  _record[key] = ZLT::String::UTF16ToUTF8(WithoutSecrets(text));
+  if (!text.empty()) _record[key] = ZLT::String::UTF16ToUTF8(WithoutSecrets(text));
   return *this;
 }
 
-Event& Event::With(const char* key, std::int64_t number) {
-  _record[key] = Json::Int64{number};
-  return *this;
-}
-
-Event& Event::With(const char* key, bool flag) {
-  _record[key] = flag;
-  return *this;
+Event& Event::Since(std::chrono::steady_clock::time_point begin) {
+  using namespace std::chrono;
+  return With("ms", duration_cast<milliseconds>(steady_clock::now() - begin).count());
 }
 
 void Event::Write() const try {
@@ -86,10 +80,14 @@ void Event::Write() const try {
   // What there is no memory for is lost.
 }
 
-void Event::SetTitle(const std::string& title) {
-  Stream& stream = TheStream();
-  const std::scoped_lock lock(stream.mutex);
-  stream.title = title;
+const std::string& Event::Run() { return TheStream().run; }
+
+EventTitle::EventTitle(std::string title) : _title(std::move(title)), _before(t_title) {
+  t_title = &_title;
 }
+
+EventTitle::~EventTitle() { t_title = _before; }
+
+std::string EventTitle::Current() { return t_title == nullptr ? std::string() : *t_title; }
 
 }  // namespace refhost

@@ -2,6 +2,8 @@
 
 #include <json/value.h>
 
+#include <chrono>
+#include <concepts>
 #include <cstdint>
 #include <string>
 
@@ -9,31 +11,61 @@
 
 namespace refhost {
 
-/// One thing that happened, as a line of JSON in "events.jsonl" beside the logs: time, process, run
-/// (the same for a process's whole life), title, what happened, and its details. Secrets are left
-/// out as in the logs, and the file is rotated as they are. Any thread; what cannot be written is
-/// lost.
+/// Name of the events' file in the log folder. A full one becomes NAME.1.
+inline constexpr const char* EventFileName = "events.jsonl";
+
+/// One thing that happened, as a line of JSON in the events' file: time, process, run (the same for
+/// a process's whole life), title, what happened, and its details (docs/operations.md lists them).
+/// Secrets are left out as in the logs, and the file is rotated as they are. Any thread; what
+/// cannot be written is lost.
 class ZLT_API Event {
  public:
   /// @param kind in, what happened to what: "file.done".
   explicit Event(const char* kind);
 
-  /// Adds a detail; texts are UTF-8 or UTF-16.
+  /// Adds a detail; texts are UTF-8 or UTF-16, an empty one is left out.
   Event& With(const char* key, const std::string& text);
   Event& With(const char* key, const std::wstring& text);
   Event& With(const char* key, const char* text) { return With(key, std::string(text)); }
-  Event& With(const char* key, std::int64_t number);
-  Event& With(const char* key, bool flag);
+  Event& With(const char* key, std::integral auto number) {
+    if constexpr (std::same_as<decltype(number), bool>) {
+      _record[key] = number;
+    } else {
+      _record[key] = static_cast<Json::Int64>(number);
+    }
+    return *this;
+  }
+
+  /// Adds how long it took, in milliseconds ("ms").
+  Event& Since(std::chrono::steady_clock::time_point begin);
 
   /// Appends the line; blocks for the write.
   void Write() const;
 
-  /// Names the title that is delivered from now on, in every event of this process until another is
-  /// named; empty: none.
-  static void SetTitle(const std::string& title);
+  /// @return the identifier of this process's run, as its events have it.
+  static const std::string& Run();
 
  private:
   Json::Value _record;
+};
+
+/// Names the title that the calling thread works for, in each of that thread's events as long as
+/// the object lives. A thread that works for another one takes its name over:
+/// `EventTitle(EventTitle::Current())`, the latter on the other.
+class ZLT_API EventTitle {
+ public:
+  /// @param title in, UTF-8; empty: none.
+  explicit EventTitle(std::string title);
+  ~EventTitle();
+  EventTitle(const EventTitle&) = delete;
+  EventTitle& operator=(const EventTitle&) = delete;
+
+  /// @return the calling thread's title, empty when it has none.
+  static std::string Current();
+
+ private:
+  const std::string _title;
+  const std::string* const _before;
 };
 
 }  // namespace refhost

@@ -14,4 +14,9 @@ std::string RefusalOfPackage(const PackagePolicy& policy, const SignatureFinding
   return {};
 }
 
+const char* CauseOfRefusal(const SignatureFindings& findings) {
+  if (!findings.present) return "package.unsigned";
+  return findings.fault.empty() ? "package.publisher" : "package.signature";
+}
+
 }  // namespace refhost

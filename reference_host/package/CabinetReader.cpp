@@ -14,6 +14,7 @@
 #include "host/common/FileSystem.h"
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
+#include "reference_host/package/PackageFault.h"
 
 namespace refhost {
 
@@ -209,9 +210,11 @@ void Run(const CabinetFile& cabinet, Pass& pass) {
   const BOOL done = FDICopy(decoder.get(), name, folder, 0, OnNotice, nullptr, &pass);
   t_cabinet = nullptr;
   t_writeFault = nullptr;
-  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
+  if (cabinet.IsToStop()) throw PackageFault("package.stopped", "the suite was told to stop");
   const std::string& fault = pass.fault.empty() ? writeFault : pass.fault;
-  if (!fault.empty()) throw std::runtime_error("the package cannot be unpacked: " + fault);
+  if (!fault.empty()) {
+    throw PackageFault("package.not-unpacked", "the package cannot be unpacked: " + fault);
+  }
   if (!done) {
     throw std::runtime_error("the package is corrupt, decoder's error " +
                              std::to_string(error.erfOper));

@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/package/CabinetDigest.h"
@@ -146,16 +147,20 @@ void CheckDigests(const CabinetFile& cabinet, const Message& message) {
           "its signature's content was changed");
 }
 
-Certificate CheckSigner(const Message& message, const Store& store) {
+Certificate FindSigner(const Message& message, const Store& store) {
   Require(NumberParameter(message, CMSG_SIGNER_COUNT_PARAM) == 1, "it has not exactly one signer");
   Bytes info = Parameter(message, CMSG_SIGNER_CERT_INFO_PARAM);
   Require(!info.empty() && store, "its signer's certificate is missing");
   Certificate signer(CertGetSubjectCertificateFromStore(store.get(), Encoding,
                                                         reinterpret_cast<CERT_INFO*>(info.data())));
   Require(signer != nullptr, "its signer's certificate is missing");
-  Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
-          "its signature does not belong to its signer's certificate");
   return signer;
+}
+
+std::string NameOf(const Certificate& signer) {
+  wchar_t name[256] = L"";
+  CertGetNameStringW(signer.get(), CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, name, 256);
+  return ZLT::String::UTF16ToUTF8(name);
 }
 
 /// A time stamp lets a signature outlive its certificate. Whether the stamp itself is good is left
@@ -268,18 +273,21 @@ void AskInTime(const std::shared_ptr<const TrustQuestion>& question, const Cabin
   answer.get();
 }
 
-/// @return the thumbprint of the signing certificate. @throws std::runtime_error saying the fault.
-std::string CheckSignature(const CabinetFile& cabinet) {
+/// @param findings out, who has signed, as soon as that is known.
+/// @throws std::runtime_error saying the fault.
+void CheckSignature(const CabinetFile& cabinet, SignatureFindings& findings) {
   Message message = Decode(ReadSignature(cabinet));
   Store store(CertOpenStore(CERT_STORE_PROV_MSG, Encoding, 0, 0, message.get()));
+  Certificate signer = FindSigner(message, store);
+  findings.publisher = NameOf(signer);
+  findings.thumbprint = Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
   CheckDigests(cabinet, message);
-  Certificate signer = CheckSigner(message, store);
-  std::string thumbprint = Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
+  Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
+          "its signature does not belong to its signer's certificate");
   const std::shared_ptr<const TrustQuestion> question(
       new TrustQuestion{std::move(message), std::move(store), std::move(signer), cabinet.Path(),
                         Duplicate(cabinet.File())});
   AskInTime(question, cabinet);
-  return thumbprint;
 }
 
 }  // namespace
@@ -289,7 +297,7 @@ SignatureFindings InspectSignature(const CabinetFile& cabinet) {
   findings.present = cabinet.Header().IsSigned();
   if (!findings.present) return findings;
   try {
-    findings.thumbprint = CheckSignature(cabinet);
+    CheckSignature(cabinet, findings);
   } catch (const std::exception& exception) {
     findings.fault = exception.what();
   }

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <stdexcept>
 
 #include "host/common/FileSystem.h"
@@ -13,13 +14,17 @@
 #include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/files/MemberName.h"
+#include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetFile.h"
 #include "reference_host/package/CabinetReader.h"
 #include "reference_host/package/CabinetSignature.h"
+#include "reference_host/package/PackageFault.h"
 
 using namespace refhost;
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 constexpr int MaxFolderNumber = 1000;
 
@@ -32,12 +37,14 @@ std::uint64_t CheckMembers(const CabinetFile& cabinet) {
   for (const CabinetMember& member : ListMembers(cabinet)) {
     const std::string refusal = names.Add(member.name);
     if (!refusal.empty()) {
-      throw std::runtime_error("the package holds a member that is refused (" + refusal +
-                               "): " + ZLT::String::UTF16ToUTF8(member.name));
+      throw PackageFault("package.member", "the package holds a member that is refused (" +
+                                               refusal +
+                                               "): " + ZLT::String::UTF16ToUTF8(member.name));
     }
     total += member.size;
     if (total > Settings().maxUnpackedBytes) {
-      throw std::runtime_error("the package unpacks to more bytes than maxUnpackedBytes allows");
+      throw PackageFault("package.too-large",
+                         "the package unpacks to more bytes than maxUnpackedBytes allows");
     }
   }
   return total;
@@ -48,8 +55,9 @@ void CheckRoom(const std::wstring& folder, std::uint64_t bytes) {
   ULARGE_INTEGER free{};
   if (!GetDiskFreeSpaceExW(folder.c_str(), &free, nullptr, nullptr)) return;
   if (bytes <= free.QuadPart) return;
-  throw std::runtime_error("the package unpacks to " + std::to_string(bytes) +
-                           " bytes, the disk has room for " + std::to_string(free.QuadPart));
+  throw PackageFault("device.disk-full", "the package unpacks to " + std::to_string(bytes) +
+                                             " bytes, the disk has room for " +
+                                             std::to_string(free.QuadPart));
 }
 
 /// @return the package's path without its extension, and without what must not end a folder's name.
@@ -70,40 +78,47 @@ std::wstring CreateFolderBeside(const std::wstring& cabPath) {
       const std::wstring refusal = HoldFolder(LongPath(folder), false);
       if (refusal.empty()) return folder;
       RemoveDirectoryW(LongPath(folder).c_str());
-      throw std::runtime_error("the package's folder is refused: " +
-                               ZLT::String::UTF16ToUTF8(refusal));
+      throw PackageFault("device.folder",
+                         "the package's folder is refused: " + ZLT::String::UTF16ToUTF8(refusal));
     }
     if (GetLastError() != ERROR_ALREADY_EXISTS) break;
     folder = stem + L"-" + std::to_wstring(number);
   }
-  throw std::runtime_error("the package's folder cannot be created, error " +
-                           std::to_string(GetLastError()));
+  throw PackageFault("package.not-unpacked", "the package's folder cannot be created, error " +
+                                                 std::to_string(GetLastError()));
 }
 
 /// A package that was there already needed no download, which takes the machine's lease.
 void TakeLease(const std::wstring& cabPath) {
-  const std::wstring folder = refhost::DownloadFolder();
+  const std::wstring folder = DownloadFolder();
   if (cabPath.substr(0, cabPath.find_last_of(L'\\')) != folder) return;
   std::wstring why;
-  if (refhost::InstallationLease::Take(folder, why) == refhost::InstallationLease::Answer::Taken) {
+  if (InstallationLease::Take(folder, why) == InstallationLease::Answer::Taken) {
     return;
   }
-  throw std::runtime_error("the machine's lease is not to be had: " +
-                           ZLT::String::UTF16ToUTF8(why));
+  throw PackageFault("device.lease",
+                     "the machine's lease is not to be had: " + ZLT::String::UTF16ToUTF8(why));
 }
 
-}  // namespace
+/// @return why the package is refused, empty when it may be unpacked.
+std::string Judge(const CabinetFile& cabinet) {
+  const Clock::time_point begin = Clock::now();
+  const SignatureFindings findings = InspectSignature(cabinet);
+  const std::string refusal = RefusalOfPackage(Policy(), findings);
+  if (cabinet.IsToStop()) throw PackageFault("package.stopped", "the suite was told to stop");
+  Event("package.judged")
+      .With("file", FileSystem::getFileName(cabinet.Path()))
+      .With("publisher", findings.publisher)
+      .With("thumbprint", findings.thumbprint)
+      .With("reason", refusal)
+      .With("cause", refusal.empty() ? "" : CauseOfRefusal(findings))
+      .Since(begin)
+      .Write();
+  return refusal;
+}
 
-std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
-  TakeLease(cabPath);
-  const CabinetFile cabinet(cabPath);
-  const std::string refusal = RefusalOfPackage(Policy(), InspectSignature(cabinet));
-  if (cabinet.IsToStop()) throw std::runtime_error("the suite was told to stop");
-  if (!refusal.empty()) {
-    g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
-            String::UTF8ToUTF16(refusal).c_str());
-    return {};
-  }
+std::wstring Unpack(const CabinetFile& cabinet, const std::wstring& cabPath) {
+  const Clock::time_point begin = Clock::now();
   const std::uint64_t bytes = CheckMembers(cabinet);
   // In the caller's notation, as a script's command line needs it.
   std::wstring folder = CreateFolderBeside(cabPath);
@@ -114,5 +129,28 @@ std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) {
     FileSystem::deleteDirectoryOrFile(folder, true);
     throw;
   }
+  Event("package.unpacked").Since(begin).Write();
   return folder;
+}
+
+void TellFault(const char* cause, const std::exception& fault) {
+  Event("package.unpacked").With("cause", cause).With("reason", fault.what()).Write();
+}
+
+}  // namespace
+
+std::wstring ZLT::PackageExtractor::ExtractCab(const std::wstring& cabPath) try {
+  TakeLease(cabPath);
+  const CabinetFile cabinet(cabPath);
+  const std::string refusal = Judge(cabinet);
+  if (refusal.empty()) return Unpack(cabinet, cabPath);
+  g_log.e(L"PackageExtractor: %s is refused: %s", cabPath.c_str(),
+          String::UTF8ToUTF16(refusal).c_str());
+  return {};
+} catch (const PackageFault& fault) {
+  TellFault(fault.cause, fault);
+  throw;
+} catch (const std::exception& fault) {
+  TellFault("package.damaged", fault);
+  throw;
 }

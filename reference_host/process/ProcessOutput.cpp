@@ -27,15 +27,11 @@ std::wstring Decode(const std::string& bytes) {
 }
 
 std::wstring TextOf(const ProcessOutput& output) {
-  std::string bytes = output.kept;
-  if (bytes.size() > KeptOutputBytes) bytes.erase(0, bytes.size() - KeptOutputBytes);
-  const bool cut = output.total > bytes.size();
-  // A character that was cut in two would make the rest look like another encoding.
-  if (cut) bytes.erase(0, bytes.find('\n') + 1);
-  bytes.erase(bytes.find_last_not_of("\r\n ") + 1);
-  if (bytes.empty()) return {};
+  const std::wstring end = EndOf(output, KeptOutputBytes);
+  if (end.empty()) return {};
+  const bool cut = output.total > KeptOutputBytes;
   const std::wstring head = L"\noutput, " + std::to_wstring(output.total) + L" bytes";
-  return head + (cut ? L", its end:\n" : L":\n") + Decode(bytes);
+  return head + (cut ? L", its end:\n" : L":\n") + end;
 }
 
 }  // namespace
@@ -45,6 +41,15 @@ void ProcessOutput::Append(const char* bytes, std::size_t count) {
   total += count;
   // Not at every step, which would move all of it for a few bytes.
   if (kept.size() > 2 * KeptOutputBytes) kept.erase(0, kept.size() - KeptOutputBytes);
+}
+
+std::wstring EndOf(const ProcessOutput& output, std::size_t maxBytes) {
+  std::string bytes = output.kept;
+  if (bytes.size() > maxBytes) bytes.erase(0, bytes.size() - maxBytes);
+  // A character that was cut in two would make the rest look like another encoding.
+  if (output.total > bytes.size()) bytes.erase(0, bytes.find('\n') + 1);
+  bytes.erase(bytes.find_last_not_of("\r\n ") + 1);
+  return Decode(bytes);
 }
 
 void LogProcessEnd(bool isError, const std::wstring& ending, std::chrono::milliseconds duration,

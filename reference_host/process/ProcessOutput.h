@@ -19,6 +19,9 @@ struct ProcessOutput {
   void Append(const char* bytes, std::size_t count);
 };
 
+/// @return its last lines, of so many bytes at most.
+std::wstring EndOf(const ProcessOutput& output, std::size_t maxBytes);
+
 /// Writes one record about a program that has ended: what became of it, the time that it took, the
 /// command line, and the output as indented lines.
 /// @param isError in, the record's level. @param ending in, "exit code 0", say.

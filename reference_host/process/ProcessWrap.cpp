@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -11,12 +12,14 @@
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
+#include "reference_host/log/Event.h"
 #include "reference_host/process/CheckQueue.h"
 #include "reference_host/process/InstallerStart.h"
 #include "reference_host/process/Patience.h"
 #include "reference_host/process/ProcessOutput.h"
 #include "reference_host/process/ProcessStreams.h"
 #include "reference_host/process/ProcessTree.h"
+#include "reference_host/process/ScriptEvents.h"
 #include "reference_host/process/UserSession.h"
 
 namespace ZLT {
@@ -24,14 +27,17 @@ namespace ZLT {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using refhost::ScriptEnd;
+using refhost::ScriptKind;
 using refhost::WaitEnd;
 
 std::chrono::milliseconds Since(Clock::time_point begin) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
 }
 
-void LogNotStarted(unsigned long error, const std::wstring& commandLine) {
+void LogNotStarted(ScriptKind kind, unsigned long error, const std::wstring& commandLine) {
   g_log.e(L"ProcessWrap: not started, error %lu: %s", error, commandLine.c_str());
+  TellScriptNotStarted(kind, commandLine, error);
 }
 
 /// @return exit code of a program that has ended; what is not to be found out is no success.
@@ -53,6 +59,13 @@ std::wstring TimeOutText(std::chrono::seconds limit) {
   return L"its time-out of " + std::to_wstring(limit.count()) + L" s";
 }
 
+void LogEnd(ScriptKind kind, const ScriptEnd& end, const std::wstring& commandLine,
+            const refhost::ProcessOutput& output) {
+  refhost::LogProcessEnd(end.how != WaitEnd::Signalled, end.text, end.duration, commandLine,
+                         output);
+  TellScriptEnd(kind, commandLine, end, output);
+}
+
 bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirectory, bool hidden,
               const refhost::Patience& patience) {
   const std::chrono::seconds limit(refhost::Settings().processTimeoutSeconds);
@@ -61,9 +74,10 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
   refhost::ProcessTree tree(
       {commandLine, workingDirectory, hidden, nullptr, nullptr, pipe.WriteEnd()});
   if (!tree.IsRunning()) {
-    LogNotStarted(tree.Error(), commandLine);
+    LogNotStarted(ScriptKind::Check, tree.Error(), commandLine);
     return false;
   }
+  TellScriptBegins(ScriptKind::Check, commandLine);
   pipe.Read();
   const WaitEnd end = patience.WaitFor(tree.Process(), limit);
   const bool hasEnded = end == WaitEnd::Signalled;
@@ -72,8 +86,8 @@ bool RunToEnd(const std::wstring& commandLine, const std::wstring& workingDirect
   const std::chrono::milliseconds duration = Since(begin);
   const DWORD exitCode = ExitCodeOf(tree.Process());
   const std::wstring bound = end == WaitEnd::GivenUp ? patience.Bound() : TimeOutText(limit);
-  refhost::LogProcessEnd(!hasEnded, TextOf(end, exitCode, bound, isGone), duration, commandLine,
-                         pipe.Collect());
+  const ScriptEnd told{end, exitCode, TextOf(end, exitCode, bound, isGone), duration};
+  LogEnd(ScriptKind::Check, told, commandLine, pipe.Collect());
   return hasEnded && exitCode == 0;
 }
 
@@ -91,14 +105,20 @@ struct Watched {
   refhost::Handle process;
   refhost::OutputFile output;
   Clock::time_point begin;
+  std::string title = refhost::EventTitle::Current();
+  refhost::Handle told{CreateEventW(nullptr, TRUE, FALSE, nullptr)};  ///< its end is
 
   void ToEnd() const {
     const std::chrono::seconds limit(refhost::Settings().installerTimeoutSeconds);
     const WaitEnd end = refhost::Patience(nullptr, {}).WaitFor(process.Get(), limit);
     const bool hasEnded = end == WaitEnd::Signalled;
     const bool isGone = hasEnded || EndNow();
-    const std::wstring text = TextOf(end, ExitCodeOf(process.Get()), TimeOutText(limit), isGone);
-    refhost::LogProcessEnd(!hasEnded, text, Since(begin), commandLine, output.Collect());
+    const DWORD exitCode = ExitCodeOf(process.Get());
+    const std::wstring text = TextOf(end, exitCode, TimeOutText(limit), isGone);
+    const refhost::EventTitle named(title);
+    LogEnd(ScriptKind::Installer, {end, exitCode, text, Since(begin)}, commandLine,
+           output.Collect());
+    SetEvent(told.Get());
   }
 
  private:
@@ -108,9 +128,39 @@ struct Watched {
   }
 };
 
+/// The newest one of this process.
+struct Newest {
+  std::mutex mutex;
+  std::shared_ptr<const Watched> installer;
+};
+
+/// Never destroyed: threads may use it to the last moment of the process.
+Newest& TheNewest() {
+  static auto* const newest = new Newest;
+  return *newest;
+}
+
+/// What comes behind an installer that has ended finds its end told of.
+void WaitUntilTold() {
+  constexpr DWORD Patience = 2000;  ///< ms; what is told is in the log and the events by then
+  std::shared_ptr<const Watched> installer;
+  {
+    const std::scoped_lock lock(TheNewest().mutex);
+    installer = TheNewest().installer;
+  }
+  if (installer == nullptr || WaitForSingleObject(installer->process.Get(), 0) == WAIT_TIMEOUT) {
+    return;
+  }
+  WaitForSingleObject(installer->told.Get(), Patience);
+}
+
 /// Nobody waits for the thread: the caller waits for the process itself, as long as it wants to.
 void WatchAside(std::shared_ptr<const Watched> watched) {
   refhost::PinModule();
+  {
+    const std::scoped_lock lock(TheNewest().mutex);
+    TheNewest().installer = watched;
+  }
   try {
     std::thread([watched = std::move(watched)] { watched->ToEnd(); }).detach();
   } catch (const std::system_error& error) {
@@ -146,9 +196,10 @@ int ProcessWrap::CreateProcessInUserSession(const std::wstring& commandLine,
       {commandLine, workingDirectory, hidden, nullptr, nullptr, output.WriteEnd()},
       InstallersSession());
   if (!started) {
-    LogNotStarted(GetLastError(), commandLine);
+    LogNotStarted(ScriptKind::Installer, GetLastError(), commandLine);
     return 0;
   }
+  TellScriptBegins(ScriptKind::Installer, commandLine);
   WatchAside(std::make_shared<Watched>(
       Watched{commandLine, Duplicate(started.Get()), std::move(output), begin}));
   processHandle = started.Release();
@@ -160,6 +211,7 @@ int ProcessWrap::LaunchApplicationAndCheckExitCode(const std::wstring& commandLi
                                                    bool hidden, HANDLE cancelHandle) {
   const refhost::Patience patience(
       cancelHandle, std::chrono::seconds(refhost::Settings().cancelledCheckGraceSeconds));
+  WaitUntilTold();
   const refhost::CheckQueue::Turn turn(Checks(), patience);
   if (!turn) {
     g_log.e(L"ProcessWrap: not started, %s came before its turn: %s", patience.Bound().c_str(),

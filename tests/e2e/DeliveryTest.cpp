@@ -121,10 +121,13 @@ TEST(Delivery, LogsHoldNoSecrets) {
   // The header of every token, its other parts by how they look, and those of a signed address.
   const std::regex secret(HeaderOfATokenOf(lab) +
                           "|session-of-the-lab|eyJ|[A-Za-z0-9_-]{43}|signature=|expires=");
+  const std::regex thumbprint("\"thumbprint\":\"[0-9a-f]{64}\"");
   std::size_t bytes = 0;
   const auto folder = lab.DriveC() / "lab" / "log";
   for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
-    const std::string text = lab.LogText(file.path().filename());
+    // A publisher's thumbprint looks like a part of a token and is none.
+    const std::string text =
+        std::regex_replace(lab.LogText(file.path().filename()), thumbprint, "");
     bytes += text.size();
     std::smatch found;
     EXPECT_FALSE(std::regex_search(text, found, secret)) << file.path() << " holds " << found.str();

@@ -201,6 +201,15 @@ RunResult Lab::RunForPeople(const std::string& arguments, int seconds) {
   return result;
 }
 
+void Lab::Reboot() const {
+  // What starts the system's services must not give them this program's output.
+  std::string output;
+  Shell(
+      "(wineserver -k; wineserver -w; wineserver -p; timeout 120 wine wineboot) "
+      ">/dev/null 2>&1 </dev/null",
+      output);
+}
+
 std::string Lab::RunOnTerminal(const std::string& environment, const std::string& arguments) {
   WriteConfiguration();
   std::string output;
@@ -263,9 +272,17 @@ std::string Lab::EntitledValue() const {
   return at == std::string::npos ? "" : output.substr(at, 3);
 }
 
-std::string StatusOf(const RunResult& run, const std::string& title) {
+const Json::Value& TitleOf(const RunResult& run, const std::string& title) {
   for (const Json::Value& entry : run.json["result"]["swList"]) {
-    if (entry["l1FruPn"].asString() == "T-" + title) return entry["status"].asString();
+    if (entry["l1FruPn"].asString() == "T-" + title) return entry;
   }
-  return {};
+  return Json::Value::nullSingleton();
+}
+
+std::string StatusOf(const RunResult& run, const std::string& title) {
+  return TitleOf(run, title)["status"].asString();
+}
+
+std::string CauseOf(const RunResult& run, const std::string& title) {
+  return TitleOf(run, title)["cause"].asString();
 }

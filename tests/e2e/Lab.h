@@ -50,6 +50,12 @@ class Lab {
   /// The same on a terminal. @param environment in, assignments. @return what the terminal got.
   std::string RunOnTerminal(const std::string& environment, const std::string& arguments);
 
+  /// Adds the run to the file that E2E_RUNS names, for tests/schema/check.py.
+  void Keep(const std::string& arguments, const RunResult& result) const;
+
+  /// Ends everything that runs on the device and starts it again.
+  void Reboot() const;
+
   /// Runs tolmarctl and kills it once `reached` says so. @return false when that did not come.
   bool RunAndKill(const std::string& arguments, const std::function<bool()>& reached);
 
@@ -71,9 +77,6 @@ class Lab {
   void StartCloud(const Json::Value& catalogue);
   std::string Command(const std::string& arguments) const;
   void WriteConfiguration() const;
-
-  /// Adds the run to the file that E2E_RUNS names, for tests/schema/check.py.
-  void Keep(const std::string& arguments, const RunResult& result) const;
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;
@@ -85,5 +88,9 @@ class Lab {
   int _port = 0;
 };
 
-/// @return status of a title in a document with "swList", empty when it has none.
+/// @return a title in a document with "swList", null when it has none.
+const Json::Value& TitleOf(const RunResult& run, const std::string& title);
+
+/// @return what a title says of itself there, empty when nothing.
 std::string StatusOf(const RunResult& run, const std::string& title);
+std::string CauseOf(const RunResult& run, const std::string& title);

@@ -1,8 +1,9 @@
 # The end-to-end tests' packages: sourced after scripts/common.sh and scripts/lab.sh.
 
-# A title that installs a payload to C:\lab\e2e\NAME; WAIT: seconds that its installer takes before, LINGER: behind.
+# A title that installs a payload to C:\lab\e2e\NAME; WAIT: seconds that its installer takes before, LINGER: behind, CODE:
+# its exit code.
 e2e_title() {
-  local out=$1 name=$2 wait=${3:-0} linger=${4:-0} target="C:\\lab\\e2e\\$2"
+  local out=$1 name=$2 wait=${3:-0} linger=${4:-0} code=${5:-0} target="C:\\lab\\e2e\\$2"
   mkdir -p "$out/$name.files"
   head -c 300000 /dev/urandom >"$out/$name.files/payload.bin"
   cat >"$out/$name.files/install.ps1" <<TEXT
@@ -11,8 +12,9 @@ if (\$command -ne 'install') { exit 2 }
 Start-Sleep -Seconds $wait
 New-Item -ItemType Directory -Force -Path '$target' | Out-Null
 Copy-Item -Path (Join-Path \$PSScriptRoot 'payload.bin') -Destination '$target' -Force
+Write-Output '$name is in its place'
 Start-Sleep -Seconds $linger
-exit 0
+exit $code
 TEXT
   printf "if (Test-Path '%s\\\\payload.bin') { exit 0 }\nexit 1\n" "$target" >"$out/check-$name.ps1"
   cab_make "$out/$name-unsigned.cab" "$out/$name.files"
@@ -38,6 +40,8 @@ e2e_fixtures() {
   for name in alpha beta gamma; do e2e_title "$out" "$name"; done
   e2e_title "$out" slow 120
   e2e_title "$out" lingering 0 120
+  e2e_title "$out" restart 0 0 3010
+  e2e_title "$out" missing && printf "Write-Output 'no such program'\nexit 3\n" >"$out/check-missing.ps1"
   e2e_title "$out" unsigned && mv "$out/unsigned-unsigned.cab" "$out/unsigned.cab"
   e2e_title "$out" tampered && e2e_flip "$out/tampered.cab" "$out/flipped" && mv "$out/flipped" "$out/tampered.cab"
   : >"$out/empty.cab" && cp "$out/check-alpha.ps1" "$out/check-empty.ps1"

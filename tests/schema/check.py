@@ -1,6 +1,6 @@
 """Validates what the end-to-end tests printed and configured against docs/schema: check.py RUNS.jsonl
 
-RUNS.jsonl has an object for each run of tolmarctl --json (tests/e2e/Lab.cpp). Also: every schema has seen an output and
+RUNS.jsonl has an object for each run of tolmarctl --json, and for events (tests/e2e/Lab.cpp). Also: every schema has seen an output and
 refuses it once a field is lost, retyped or added; the configuration's schema, its reader and its documentation agree.
 """
 import copy
@@ -15,9 +15,12 @@ SCHEMAS = {path.stem: json.loads(path.read_text()) for path in pathlib.Path("doc
 STORE = {schema["$id"]: schema for schema in SCHEMAS.values()}
 TITLE = {"name", "preinstallSw"}
 # What an output may lack. Named here again, so that a schema cannot lose what it requires unnoticed.
-MAY_LACK = {"list": TITLE, "status": TITLE | {"progress"}, "configure": TITLE | {"progress"}, "install": TITLE,
-            "progress": {"bytesPerSecond", "secondsLeft"}, "plan": {"lease", "refusal"}, "doctor": set(), "explain": set(), "files": set(), "entitled": set(),
-            "run": set()}
+MAY_LACK = {"list": TITLE, "status": TITLE | {"progress"}, "configure": TITLE | {"progress"},
+            "install": TITLE | {"restart", "cause", "why", "installerOutput"}, "progress": {"bytesPerSecond", "secondsLeft"},
+            "plan": {"lease", "refusal"}, "doctor": set(), "explain": set(), "files": set(), "entitled": set(),
+            "run": set(), "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
+            "events": {"title", "name", "status", "cause", "reason", "publisher", "thumbprint", "script", "exitCode", "ms",
+                       "output", "waitMs"}}
 complaints = []
 
 
@@ -61,7 +64,7 @@ def documents(run):
         return
     for line in run["output"].splitlines():
         document = json.loads(line)
-        yield document.get("command") or document["type"], document
+        yield ("events" if "event" in document else document.get("command") or document["type"]), document
 
 
 def richness(document):
@@ -78,8 +81,9 @@ def check_outputs(runs):
             if bool(found) != is_odd:
                 complaints.append(f"{run['arguments']}: {found[:3] or 'is valid'}: {json.dumps(document)[:300]}")
             elif not found:
-                seen[name] = max(seen.get(name, {}), document, key=richness)
-    for name in SCHEMAS.keys() - seen.keys() - {"common", "configuration"}:
+                kind = f"{name} {document['event']}" if name == "events" else name
+                seen[kind] = max(seen.get(kind, {}), document, key=richness)
+    for name in SCHEMAS.keys() - {kind.split()[0] for kind in seen} - {"common", "configuration"}:
         complaints.append(f"{name}: no output was seen")
     return seen
 
@@ -131,7 +135,8 @@ def main():
     check_configurations(runs)
     seen["configuration"] = max((run["configuration"] for run in runs if run["exitStatus"] == 0), key=len)
     may_lack = {**MAY_LACK, "configuration": check_keys()}
-    for name, document in seen.items():
+    for kind, document in seen.items():
+        name = kind.split()[0]
         check_alterations(name, document, may_lack[name])
     print("\n".join(complaints))
     print(f"{len(runs)} runs, {len(seen)} schemas, {len(complaints)} complaints")

@@ -9,6 +9,7 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
 #include "host/core/ZLTPublisherSubscriber.h"
+#include "tools/tolmarctl/Installation.h"
 #include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/ProgressDisplay.h"
 
@@ -63,7 +64,7 @@ Outcome Install(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   if (!options.json || options.progressLines) {
     display.emplace(agent, outcome.result, options.progressLines);
   }
-  outcome.code = agent.InstallEntitledSoftware(outcome.result, cancel, options.preinstallOnly);
+  outcome.code = InstallTitles(agent, outcome.result, options, cancel);
   return outcome;
 }
 

@@ -41,17 +41,23 @@ void PrintJson(const std::vector<Finding>& findings) {
   PrintJsonLine(root);
 }
 
-void PrintText(const std::vector<Finding>& findings) {
+Table TableOf(const std::vector<Finding>& findings) {
   Table table({"STATUS", "CHECK", "FOUND"});
   for (const Finding& finding : findings) {
     const std::string remedy = finding.remedy.empty() ? "" : "  do: " + finding.remedy;
     table.Add({StatusCell(finding.health), {finding.id}, {finding.found + remedy}});
   }
+  return table;
+}
+
+void PrintText(const std::vector<Finding>& findings) {
   const Console console;
-  std::fputs(table.Text(console.HasColour()).c_str(), stdout);
+  std::fputs(TableOf(findings).Text(console.HasColour()).c_str(), stdout);
 }
 
 }  // namespace
+
+std::string DoctorsLines() { return TableOf(refhost::Examine()).Text(false); }
 
 int Doctor(const Options& options) {
   const std::vector<Finding> findings = refhost::Examine();

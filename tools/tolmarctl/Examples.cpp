@@ -18,6 +18,9 @@ const std::vector<Example>& AllExamples() {
        "an hour at most, progress for a program"},
       {"configure", "tolmarctl configure", "ten minutes at most"},
       {"configure", "tolmarctl configure --timeout 3600 --quiet", "nothing but errors"},
+      {"report", "tolmarctl report", "the newest last"},
+      {"report", "tolmarctl report --html report.html", "as a page, the newest first"},
+      {"bundle", "tolmarctl bundle ticket.cab", "nothing secret is in it"},
       {"explain", "tolmarctl explain 0x1E", "a result code"},
       {"explain", "tolmarctl explain package.publisher", "a cause"},
   };

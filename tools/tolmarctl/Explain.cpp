@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <optional>
+#include <sstream>
 
 #include "reference_host/causes/Causes.h"
 #include "tools/tolmarctl/ExitStatus.h"
@@ -76,6 +77,20 @@ int Explain(const Options& options) {
 std::string ExplanationOf(unsigned long code) {
   const Cause* cause = refhost::CauseOfCode(static_cast<std::uint32_t>(code));
   return cause == nullptr ? "" : Lines(*cause, "  ");
+}
+
+std::string ExplanationOf(const Json::Value& title) {
+  const Cause* cause = refhost::FindCause(TextIn(title, "cause"));
+  if (cause == nullptr) return {};
+  constexpr const char* Indentation = "  ";
+  std::string lines =
+      TextIn(title, "l1FruPn") + ": " + std::string(cause->id) + ": " + cause->happened + "\n";
+  const std::string why = TextIn(title, "why");
+  if (!why.empty()) lines += Indentation + why + "\n";
+  lines += Indentation + std::string("do: ") + cause->remedy + "\n";
+  std::istringstream output(TextIn(title, "installerOutput"));
+  for (std::string line; std::getline(output, line);) lines += "  | " + line + "\n";
+  return lines;
 }
 
 std::string CauseIdOf(unsigned long code) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <string>
 
 #include "tools/tolmarctl/Options.h"
@@ -10,6 +12,10 @@ int Explain(const Options& options);
 
 /// @return lines for a person about a result code that is not 0, each indented.
 std::string ExplanationOf(unsigned long code);
+
+/// @return lines for a person about a title that was not installed, empty when nothing is known.
+/// @param title in, as `InstallTitles` leaves it.
+std::string ExplanationOf(const Json::Value& title);
 
 /// @return the identifier of the cause that a result code stands for, empty when nobody has
 /// described it.

@@ -13,12 +13,14 @@
 #include "host/common/EpUrlProvider.h"
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
+#include "tools/tolmarctl/Bundle.h"
 #include "tools/tolmarctl/CancelWatch.h"
 #include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/LogFollower.h"
 #include "tools/tolmarctl/Output.h"
+#include "tools/tolmarctl/ReportCommand.h"
 
 namespace {
 
@@ -119,6 +121,8 @@ int main() {
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;
+  if (options.command == "report") return Report(options);
+  if (options.command == "bundle") return Bundle(options);
   CancelWatch watch(options.timeoutSeconds);
   const std::optional<Outcome> outcome = RunWithAgent(options, watch);
   follower.reset();  // What was logged stands before what came of it.

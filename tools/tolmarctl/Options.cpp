@@ -58,6 +58,11 @@ void AddCommands(CLI::App& app, Options& options) {
   app.add_subcommand("explain", "tell what a result code or a cause means and what to do")
       ->add_option("CODE|CAUSE", options.subject,
                    "a number (30, 0x1E) or an identifier; without it: all");
+  app.add_subcommand("report", "tell what has happened on this device, title by title")
+      ->add_option("--html", options.file, "write it as a page to this new file");
+  app.add_subcommand("bundle", "pack logs, events, report, doctor's lines and configuration")
+      ->add_option("FILE", options.file, "the new cabinet")
+      ->required();
   CLI::App* configure = app.add_subcommand(
       "configure", "announce that the device was configured, wait for pre-install");
   AddSeconds(configure, "--timeout", options, "give up waiting after this many seconds (600)");

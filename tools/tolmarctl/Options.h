@@ -17,6 +17,7 @@ struct Options {
   std::string moduleFruPn;
   bool asksChecks = true;  ///< `plan`: what is installed already
   std::string subject;     ///< what to explain
+  std::string file;        ///< what to write
 
   /// @return true for a command that changes nothing on the device.
   bool IsReadOnly() const;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "reference_host/process/Restart.h"
 #include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Plan.h"
@@ -42,6 +43,14 @@ bool AreAll(const Json::Value& list, bool (*isSo)(const Json::Value&)) {
   return (list.isNull() || list.isArray()) && std::all_of(list.begin(), list.end(), isSo);
 }
 
+/// @return what installers have said, for the commands whose business it is.
+std::string WantedRestart(const Options& options) {
+  if (options.command != "install" && options.command != "status") return {};
+  const refhost::Restart restart = refhost::RecordedRestart();
+  if (restart == refhost::Restart::None) return {};
+  return restart == refhost::Restart::Required ? "required" : "initiated";
+}
+
 void PrintJson(const Options& options, const Outcome& outcome) {
   Json::Value root;
   root["command"] = options.command;
@@ -52,6 +61,8 @@ void PrintJson(const Options& options, const Outcome& outcome) {
     root["result"] = outcome.result.isNull() ? Json::Value(Json::objectValue) : outcome.result;
   }
   if (outcome.code != 0) root["cause"] = CauseIdOf(outcome.code);
+  if (const std::string restart = WantedRestart(options); !restart.empty())
+    root["restart"] = restart;
   PrintJsonLine(root);
 }
 
@@ -102,7 +113,11 @@ void PrintText(const Options& options, const Outcome& outcome) {
   PrintList(titles, IsTitle, TitlesIn(titles));
   PrintList(files, IsFile, FilesIn(files));
   if (options.command == "plan") PrintPlan(outcome.result);
+  if (const std::string restart = WantedRestart(options); !restart.empty()) {
+    std::printf("restart: %s\n", restart.c_str());
+  }
   std::fflush(stdout);
+  for (const Json::Value& title : titles) std::fputs(ExplanationOf(title).c_str(), stderr);
   if (!outcome.isDone) {
     std::fprintf(stderr, "tolmarctl: %s: gave up before all was done\n", options.command.c_str());
   }
@@ -116,6 +131,16 @@ void PrintText(const Options& options, const Outcome& outcome) {
 void PrintJsonLine(const Json::Value& document) {
   std::puts(OnOneLine(document).c_str());
   std::fflush(stdout);
+}
+
+std::string TextIn(const Json::Value& object, const char* name) {
+  const bool isText = object.isObject() && object[name].isString();
+  return isText ? object[name].asString() : std::string();
+}
+
+void PrintLines(const std::string& lines) {
+  const Console console;
+  std::fputs(lines.c_str(), stdout);
 }
 
 bool PrintOutcome(const Options& options, const Outcome& outcome) {

@@ -5,6 +5,12 @@
 /// Prints a document as one line of ASCII without comments, on standard output, at once.
 void PrintJsonLine(const Json::Value& document);
 
+/// @return the text of that name, empty when it is none.
+std::string TextIn(const Json::Value& object, const char* name);
+
+/// Prints lines of UTF-8 for a person on standard output.
+void PrintLines(const std::string& lines);
+
 /// Prints what a command came to: one JSON object on standard output, or tables for a person there
 /// and what went wrong on standard error.
 /// @return false when an entry of a reply has not the shape that is agreed upon; it is printed as

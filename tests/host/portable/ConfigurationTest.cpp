@@ -112,6 +112,19 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
   }
 }
 
+TEST(Configuration, IsSharedWithoutSecretsAndWhatNobodyKnows) {
+  std::string json = WithMore(R"("apiKey":"s3","logMaxBytes":4096)");
+  json.replace(json.find("https://t/x"), 11, "https://t/x?key=s4");
+  const std::string shared = refhost::ShareableConfiguration(json);
+  for (const char* kept : {"[left out]", "\"https://t/x\"", "4096", "PC-1"}) {
+    EXPECT_NE(shared.find(kept), std::string::npos) << kept << shared;
+  }
+  for (const char* secret : {"\"s\"", "s3", "s4", "apiKey"}) {
+    EXPECT_EQ(shared.find(secret), std::string::npos) << secret << shared;
+  }
+  EXPECT_EQ(refhost::ShareableConfiguration("{\"sessionToken\":\"s"), "no usable configuration\n");
+}
+
 TEST(Configuration, AServiceFollowsTheMachinesValueAlone) {
   EXPECT_EQ(refhost::FileToRead(false, L"variable", L"machine"), L"variable");
   EXPECT_EQ(refhost::FileToRead(false, L"", L"machine"), L"machine");

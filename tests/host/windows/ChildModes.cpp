@@ -22,6 +22,7 @@
 #include "host/core/ZLTPublisherSubscriber.h"
 #include "reference_host/Startup.h"
 #include "reference_host/doctor/Doctor.h"
+#include "reference_host/log/Event.h"
 #include "tests/host/windows/FakeImport.h"
 
 namespace {
@@ -41,6 +42,11 @@ int AppendRecords(const char* fileName, const char* mark) {
   for (int i = 0; i < 300; ++i) {
     log.d(L"%s %d of three hundred .", ZLT::String::UTF8ToUTF16(mark).c_str(), i);
   }
+  return 0;
+}
+
+int WriteEvents(int count) {
+  for (int i = 0; i < count; ++i) refhost::Event("test.crowd").With("number", i).Write();
   return 0;
 }
 
@@ -249,6 +255,7 @@ std::optional<int> RunAsChild(int count, char** arguments) {
   if (mode == "--doctor") return RunDoctor(std::atoi(first));
   if (mode == "--lease" && count > 3) return HoldLease(first, arguments[3]);
   if (mode == "--append" && count > 3) return AppendRecords(first, arguments[3]);
+  if (mode == "--events") return WriteEvents(std::atoi(first));
   if (mode == "--exit") return std::atoi(first);
   if (mode == "--wait") return WaitForEvent(first);
   if (mode == "--tree") return StartGrandchild(first) ? WaitForEvent(first) : 8;
