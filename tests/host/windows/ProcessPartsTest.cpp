@@ -5,7 +5,6 @@
 // Behind windows.h, whose types it needs.
 #include <wtsapi32.h>
 
-#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,11 +29,15 @@ BOOL TellUser(ULONG, HANDLE* token) {
 /// A program whose input or output no driver gives up outlives its termination.
 BOOL EndNothing(HANDLE, UINT) { return TRUE; }
 
-/// Tells that a thread is about to wait.
-std::counting_semaphore<> waits{0};
+/// Counts threads that are about to wait: Windows' own semaphore, since that of GCC 12's library
+/// can lose a wake-up here.
+HANDLE Waits() {
+  static const HANDLE waits = CreateSemaphoreW(nullptr, 0, 1000, nullptr);
+  return waits;
+}
 
 DWORD TellAndWait(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds) {
-  waits.release();
+  ReleaseSemaphore(Waits(), 1, nullptr);
   return WaitForMultipleObjects(count, handles, all, milliseconds);
 }
 
@@ -144,10 +147,10 @@ TEST(CheckQueue, TheFirstToComeIsTheFirstToGoAndWhoGivesUpHoldsNobodyUp) {
       const CheckQueue::Turn turn(queue, Patience(cancelHandle, {}));
       if (turn) order.push_back(number);
     });
-    waits.acquire();
+    WaitForSingleObject(Waits(), INFINITE);
   };
   {
-    while (waits.try_acquire()) {
+    while (WaitForSingleObject(Waits(), 0) == WAIT_OBJECT_0) {
     }
     const CheckQueue::Turn turn(queue, Patience(nullptr, {}));
     ASSERT_TRUE(turn);
