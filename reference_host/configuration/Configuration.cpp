@@ -53,7 +53,7 @@ class Reader {
   /// @return true for the one word, false for the other.
   bool IsFirst(const char* key, const std::string& first, const std::string& second,
                bool otherwise) const {
-    if (!_root.isMember(key)) return otherwise;
+    if (!Has(key)) return otherwise;
     const std::string word = Text(key);
     if (word != first && word != second) {
       Refuse(key, "must be \"" + first + "\" or \"" + second + "\"");

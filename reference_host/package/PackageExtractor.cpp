@@ -104,7 +104,7 @@ void TakeLease(const std::wstring& cabPath) {
 std::string Judge(const CabinetFile& cabinet) {
   const Clock::time_point begin = Clock::now();
   const SignatureFindings findings = InspectSignature(cabinet);
-  const std::string refusal = RefusalOfPackage(Policy(), findings);
+  std::string refusal = RefusalOfPackage(Policy(), findings);
   if (cabinet.IsToStop()) throw PackageFault("package.stopped", "the suite was told to stop");
   Event("package.judged")
       .With("file", FileSystem::getFileName(cabinet.Path()))

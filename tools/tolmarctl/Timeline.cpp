@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
+#include <ctime>
+#include <iomanip>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -17,16 +18,16 @@ namespace {
 /// @return the time of "2031-02-03T04:05:06.789Z", 0 when it is none.
 std::int64_t TimeIn(const std::string& text) {
   using namespace std::chrono;
-  int y = 0, ms = 0;
-  unsigned int m = 0, d = 0, hour = 0, minute = 0, second = 0;
-  if (std::sscanf(text.c_str(), "%4d-%2u-%2uT%2u:%2u:%2u.%3dZ", &y, &m, &d, &hour, &minute, &second,
-                  &ms) != 7) {
-    return 0;
-  }
-  const year_month_day date{year(y), month(m), day(d)};
-  if (!date.ok()) return 0;
-  const auto time = sys_days(date) + hours(hour) + minutes(minute) + seconds(second);
-  return duration_cast<milliseconds>(time.time_since_epoch()).count() + ms;
+  std::istringstream stream(text);
+  std::tm tm{};
+  char point = 0;
+  int fraction = 0;
+  stream >> std::get_time(&tm, "%Y-%m-%dT%H:%M:%S") >> point >> fraction;
+  const year_month_day date{year(tm.tm_year + 1900), month(static_cast<unsigned>(tm.tm_mon + 1)),
+                            day(static_cast<unsigned>(tm.tm_mday))};
+  if (!stream || point != '.' || !date.ok()) return 0;
+  const auto time = sys_days(date) + hours(tm.tm_hour) + minutes(tm.tm_min) + seconds(tm.tm_sec);
+  return duration_cast<milliseconds>(time.time_since_epoch()).count() + fraction;
 }
 
 /// What an event is to its title's steps.
