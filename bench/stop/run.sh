@@ -15,7 +15,7 @@ phases() {
   cat <<'TEXT'
 request|quick|[{"on": "downloadRequest", "delayMs": 3000}]|request in flight (answered after 3 s)|the answer, else the request's time-outs; a stop does not reach it
 retry-wait|quick|[{"on": "downloadRequest", "status": 503}]|wait before a retry|CleanUp ends it, the cancel handle does not
-download|quick|[{"on": "file:package.cab", "delayMs": 60000}]|download|the stop is waited for beside the job, which is cancelled then
+download|quick|[{"on": "file:package.cab", "delayMs": 60000}]|download|the stop is waited for beside the job, which is let rest or cancelled then
 extraction|big|[]|extraction of 200 MB|CleanUp ends it; by the handle, the rest of the package, the check and the pause before the second deletion
 installer|slow|[]|installer (60 s)|the check, at most its grace; the pause before the second deletion: the installer holds its folder
 check|hung|[]|check script (60 s)|the end of its process tree
