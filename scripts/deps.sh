@@ -5,8 +5,8 @@ source scripts/common.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode python3-jsonschema shellcheck wine wine64 xz-utils zlib1g-dev)
+  libcpp-httplib-dev libfuzzer-14-dev libgcab-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
+  make ninja-build openssl osslsigncode pkg-config python3-jsonschema shellcheck wine wine64 xz-utils zlib1g-dev)
 PACKAGES+=("$@")
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
@@ -85,5 +85,16 @@ build_libraries() {
   stamp "$PREFIX/stamp" "$versions"
 }
 
+# PowerShell's grammar, for scripts/powershell-syntax.mjs: nothing of the packages is run but what it loads.
+fetch_grammar() {
+  local packages=(tree-sitter-powershell@0.26.4 web-tree-sitter@0.25.10) target=$DEPS/npm
+  is_stamped "$target/stamp" "${packages[*]}" && return 0
+  rm -rf "$target" && mkdir -p "$target"
+  step "PowerShell's grammar" "$LOGS/grammar.log" \
+    npm install --prefix "$target" --ignore-scripts --no-audit --no-fund "${packages[@]}"
+  stamp "$target/stamp" "${packages[*]}"
+}
+
 install_packages
 build_libraries
+fetch_grammar

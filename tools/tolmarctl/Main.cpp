@@ -1,6 +1,4 @@
 #include <windows.h>
-// Behind windows.h, whose types it needs.
-#include <shellapi.h>
 
 #include <atomic>
 #include <cstdio>
@@ -21,17 +19,9 @@
 #include "tools/tolmarctl/LogFollower.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/ReportCommand.h"
+#include "tools/tolmarctl/WindowsArguments.h"
 
 namespace {
-
-std::vector<std::string> Arguments() {
-  int count = 0;
-  wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-  std::vector<std::string> arguments;
-  for (int i = 1; i < count; ++i) arguments.push_back(ZLT::String::UTF16ToUTF8(wide[i]));
-  LocalFree(wide);
-  return arguments;
-}
 
 void NameConfiguration(const Options& options) {
   if (options.config.empty()) return;
@@ -113,7 +103,7 @@ int main() {
   std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ);
   Options options;
   int exitStatus = 0;
-  if (!ReadOptions(Arguments(), options, exitStatus)) return exitStatus;
+  if (!ReadOptions(WindowsArguments(), options, exitStatus)) return exitStatus;
   if (options.quiet && std::freopen("NUL", "w", stdout) == nullptr) return ExitStatus::Failure;
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
