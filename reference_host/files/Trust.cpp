@@ -97,6 +97,8 @@ bool IsElevated() {
 
 bool IsService() { return CurrentUser() == System || IsMember(WinServiceSid); }
 
+bool HasHighRights() { return IsElevated() || IsService(); }
+
 const std::wstring& CurrentUser() {
   static const std::wstring user = [] {
     std::vector<std::byte> memory = OfThisProcess(TokenUser);
