@@ -111,6 +111,7 @@ suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
 suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
+suite "service, portable" "$BUILD/asan/bin/tolmarhost_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
 
 echo "Windows lane"
@@ -129,6 +130,7 @@ beyond_wine+=:DownloadAgentTest.AJobThatADeadProcessHasLeftIsOutOfTheWay
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
 suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
+suite "service, portable, on Wine" lab_wine 120 "$bin/tolmarhost_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"

@@ -113,7 +113,9 @@ Lab::~Lab() {
 
 /// What an earlier test may have left on the machine itself.
 void Lab::ClearMachine() const {
-  fs::remove(_driveC / "ProgramData" / "Tolmar" / "session.token");
+  for (const char* name : {"session.token", "service.json"}) {
+    fs::remove(_driveC / "ProgramData" / "Tolmar" / name);
+  }
   Wine("reg delete 'HKLM\\Software\\Policies\\Tolmar' /f");
 }
 

@@ -50,6 +50,9 @@ class Lab {
   /// Runs tolmarctl --json with a line of standard input.
   RunResult RunWithInput(const std::string& line, const std::string& arguments);
 
+  /// Writes the device's configuration as it is now; the runs do so themselves.
+  void WriteConfiguration() const;
+
   /// Runs another program of the device, with the words of a shell. @return what it prints.
   std::string Wine(const std::string& command) const;
 
@@ -86,7 +89,6 @@ class Lab {
   void StartCloud(const Json::Value& catalogue);
   void ClearMachine() const;
   std::string Command(const std::string& arguments) const;
-  void WriteConfiguration() const;
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;

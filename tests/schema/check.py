@@ -17,7 +17,8 @@ TITLE = {"name", "preinstallSw"}
 MAY_LACK = {"list": TITLE, "status": TITLE | {"progress"}, "configure": TITLE | {"progress"},
             "install": TITLE | {"restart", "cause", "why", "installerOutput"}, "progress": {"bytesPerSecond", "secondsLeft"},
             "plan": {"lease", "refusal"}, "doctor": set(), "explain": set(), "files": set(), "entitled": set(),
-            "run": set(), "config-show": set(), "config-validate": set(), "config-set-token": set(), "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
+            "run": set(), "config-show": set(), "config-validate": set(), "config-set-token": set(), "service-status": {"nextRun", "lastRun", "ended", "cause", "tried", "again", "code", "why", "lease"},
+            "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
             "events": {"title", "name", "status", "cause", "reason", "publisher", "thumbprint", "script", "exitCode", "ms",
                        "output", "waitMs"}}
 # Of which no type is wrong.

@@ -5,8 +5,7 @@
 
 #include <fstream>
 #include <map>
-#include <regex>
-#include <sstream>
+#include <string_view>
 
 namespace {
 
@@ -24,20 +23,24 @@ Json::Value DefaultOf(const Key& key) {
 }
 
 /// A default without the signs that JSON and Markdown put around it.
-std::string Bare(const std::string& text) {
-  return std::regex_replace(text, std::regex("[`\"\\\\\\s]|\\.0$|\\.0\\n"), "");
+std::string Bare(std::string text) {
+  std::erase_if(text,
+                [](char c) { return std::string_view("`\"\\ \n").find(c) != std::string::npos; });
+  return text == "1.0" ? "1" : text;
 }
 
 /// @return of each key's row in the table of docs/operations.md, its second cell.
 std::map<std::string, std::string> DocumentedKeys() {
   std::ifstream file = Open("operations.md");
   std::map<std::string, std::string> rows;
-  const std::regex row("\\| `(\\w+)` \\| ([^|]*?) \\|.*");
   std::string line;
   while (std::getline(file, line) && !line.starts_with("| key |")) {
   }
-  for (std::smatch match; std::getline(file, line) && !line.empty();) {
-    if (std::regex_match(line, match, row)) rows[match[1]] = match[2];
+  while (std::getline(file, line) && line.starts_with("|")) {
+    const std::size_t name = line.find('`'), end = line.find("` | "),
+                      next = line.find(" | ", end + 4);
+    if (end != std::string::npos)
+      rows[line.substr(name + 1, end - name - 1)] = line.substr(end + 4, next - end - 4);
   }
   return rows;
 }
