@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "host/common/Text.h"
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/configuration/Folders.h"
 #include "reference_host/files/HeldFolder.h"
@@ -110,7 +111,13 @@ Loaded Load() {
 
 /// Once for the process: the suite's operations must agree on what they were told.
 const Loaded& TheLoaded() {
-  static const Loaded loaded = Load();
+  static const Loaded loaded = [] {
+    Loaded read = Load();
+    if (read.configuration) {
+      SetFileInUsePatience(std::chrono::seconds(read.configuration->fileInUseSeconds));
+    }
+    return read;
+  }();
   return loaded;
 }
 
