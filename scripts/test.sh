@@ -125,7 +125,7 @@ suite "reference host on Wine" lab_wine 300 "$bin/host_windows_tests.exe"
 beyond_wine=HttpRequest.TellsWhyThereWasNoExchange:HttpRequest.AFetchedFileIsWholeOrNotThere
 beyond_wine+=:DownloadAgentTest.AServerThatFallsSilentIsGivenUp:DownloadAgentTest.StopsAtOnceWhoeverAsksForIt
 beyond_wine+=:DownloadAgentTest.AJobThatADeadProcessHasLeftIsOutOfTheWay
-[ "$filter" != '*' ] || filter="HttpRequest.*:DownloadAgentTest.*:BitsTest.*:FileSystem*:Log*-$beyond_wine" \
+[ "$filter" != '*' ] || filter="HttpRequest.*:DownloadAgentTest.*:BitsTest.*:FileSystem*:Log*:Event*-$beyond_wine" \
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
 suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
