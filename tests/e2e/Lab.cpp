@@ -121,6 +121,12 @@ Lab::~Lab() {
   waitpid(_cloud, nullptr, 0);
 }
 
+/// What an earlier test may have left on the machine itself.
+void Lab::ClearMachine() const {
+  fs::remove(_driveC / "ProgramData" / "Tolmar" / "session.token");
+  Wine("reg delete 'HKLM\\Software\\Policies\\Tolmar' /f");
+}
+
 void Lab::StartCloud(const Json::Value& catalogue, const std::vector<std::string>& options) {
   const fs::path portFile = _folder / "port";
   WriteFile(_fixtures / "catalogue.json",
