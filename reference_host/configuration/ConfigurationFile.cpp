@@ -6,6 +6,7 @@
 #include <atomic>
 
 #include "host/common/Text.h"
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/configuration/Folders.h"
 #include "reference_host/configuration/Policy.h"
 #include "reference_host/configuration/TokenStore.h"
@@ -74,15 +75,18 @@ std::wstring ReadStoreLayer(Layer& layer) {
 
 /// Where it can be told, which of them is to blame comes first.
 std::vector<Layer> ReadLayers(std::vector<std::wstring>& failures) {
-  std::vector<Layer> layers{ReadPolicy(), {Source::Store, "the protected session token"}, {}};
+  std::vector<Layer> layers{
+      ReadRegistry(Source::Policy), {Source::Store, "the protected session token"}, {}};
   for (const std::wstring& failure : {ReadFileLayer(layers[2]), ReadStoreLayer(layers[1])}) {
     if (!failure.empty()) failures.push_back(failure);
   }
+  Layer setup = ReadRegistry(Source::Setup);
+  if (!setup.values.empty()) layers.push_back(std::move(setup));
   return layers;
 }
 
 bool IsNothingSet(const std::vector<Layer>& layers) {
-  return ConfigurationFileName().empty() && layers[0].values.empty();
+  return ConfigurationFileName().empty() && layers[0].values.empty() && layers.size() == 3;
 }
 
 Loaded Load() {
@@ -104,10 +108,16 @@ Loaded Load() {
   return loaded;
 }
 
+/// @return it for good: none is ever freed, since somebody may go by it still.
+const Loaded* Keep(Loaded loaded) {
+  SetFileInUsePatience(std::chrono::seconds(loaded.effective.configuration.fileInUseSeconds));
+  return new Loaded(std::move(loaded));
+}
+
 /// Once for the process, unless it is told otherwise: the suite's operations must agree on what
-/// they were told. None is ever freed, since somebody may go by it still.
+/// they were told.
 std::atomic<const Loaded*>& Current() {
-  static std::atomic<const Loaded*> current{new Loaded(Load())};
+  static std::atomic<const Loaded*> current{Keep(Load())};
   return current;
 }
 
@@ -154,7 +164,7 @@ bool ReloadConfiguration(std::wstring& error) {
   error = read.error;
   const bool isWorse = !read.error.empty() && before.error.empty();
   if (isWorse || AreSame(before, read)) return false;
-  Current() = new Loaded(std::move(read));
+  Current() = Keep(std::move(read));
   return true;
 }
 

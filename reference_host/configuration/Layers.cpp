@@ -22,7 +22,7 @@ std::string Complaint(const Layer& layer, const std::string& what) {
 
 /// @return what is wrong with the value, empty when nothing is.
 std::string Take(const Layer& layer, const Key& key, Configuration& into) try {
-  if (key.isSecret && layer.source == Source::Policy) {
+  if (key.isSecret && (layer.source == Source::Policy || layer.source == Source::Setup)) {
     return Complaint(layer, "key \"" + std::string(key.name) +
                                 "\" is a secret, and everybody may read this: use tolmarctl config "
                                 "set-token");
@@ -72,7 +72,7 @@ Json::Value Shared(const Key& key, const Effective& effective) {
 }  // namespace
 
 const char* NameOf(Source source) {
-  constexpr const char* Names[] = {"default", "file", "store", "policy"};
+  constexpr const char* Names[] = {"default", "setup", "file", "store", "policy"};
   return Names[static_cast<int>(source)];
 }
 

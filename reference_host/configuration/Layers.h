@@ -13,9 +13,9 @@
 namespace refhost {
 
 /// Where a value of the configuration comes from, the weakest first.
-enum class Source { Default, File, Store, Policy };
+enum class Source { Default, Setup, File, Store, Policy };
 
-/// @return "default", "file", "store", "policy".
+/// @return "default", "setup", "file", "store", "policy".
 const char* NameOf(Source source);
 
 /// What one source says.

@@ -79,11 +79,12 @@ void ReadInto(HKEY key, Layer& layer) {
 
 }  // namespace
 
-Layer ReadPolicy() {
-  Layer layer{Source::Policy, "HKEY_LOCAL_MACHINE\\" + ZLT::String::UTF16ToUTF8(PolicyKey)};
+Layer ReadRegistry(Source source) {
+  const wchar_t* name = source == Source::Policy ? PolicyKey : SetupKey;
+  Layer layer{source, "HKEY_LOCAL_MACHINE\\" + ZLT::String::UTF16ToUTF8(name)};
   HKEY key = nullptr;
   const LSTATUS status =
-      RegOpenKeyExW(HKEY_LOCAL_MACHINE, PolicyKey, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, &key);
+      RegOpenKeyExW(HKEY_LOCAL_MACHINE, name, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, &key);
   if (status != ERROR_SUCCESS) return layer;
   ReadInto(key, layer);
   RegCloseKey(key);

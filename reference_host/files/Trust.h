@@ -22,9 +22,6 @@ bool IsService();
 /// goes by is judged then.
 ZLT_API bool HasHighRights();
 
-/// @return this process's user, an SID as text; empty when it is not to be found out.
-const std::wstring& CurrentUser();
-
 /// @return the SIDs of those who may rule over what this process goes by: Administrators, SYSTEM,
 /// TrustedInstaller, and whoever owns the Windows folder, since that one rules over everything
 /// anyway. The process's own user only where it is not elevated: any program of that user's could
