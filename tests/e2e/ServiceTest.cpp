@@ -121,7 +121,7 @@ TEST(Service, StopsInItsBoundInEachPhase) {
        [](Lab& lab) {
          return Contains(lab.LogText("TolmarAgent.log"), "Launching installer process now");
        },
-       4},
+       12},  // the check has its grace
   };
   for (const auto& row : rows) {
     Lab lab({{row.title}});
@@ -147,7 +147,7 @@ TEST(Service, GoesByAPolicyThatComesWhileItRuns) {
   Service service(lab);
   service.Start();
   ASSERT_TRUE(Reaches([&] { return service.Is("RUNNING"); }, 10));
-  EXPECT_FALSE(lab.Run("service status").json.isMember("nextRun"));
+  EXPECT_TRUE(Contains(lab.RunForPeople("service status").output, "last run: never"));
   lab.Policy("baseUrl", "REG_SZ", address);
   ASSERT_TRUE(Reaches([&] { return lab.IsInstalled("alpha"); }, 60)) << lab.LogText("ZLT.log");
 }

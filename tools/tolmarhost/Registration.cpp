@@ -1,5 +1,7 @@
 #include "tools/tolmarhost/Registration.h"
 
+#include <filesystem>
+
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/StopBound.h"
@@ -56,8 +58,10 @@ SC_HANDLE CreateOrChange(SC_HANDLE manager) {
   return created;
 }
 
-LSTATUS NameConfiguration(const std::wstring& file) {
-  if (file.empty()) return ERROR_SUCCESS;
+/// In full: the service has another working folder.
+LSTATUS NameConfiguration(const std::wstring& name) {
+  if (name.empty()) return ERROR_SUCCESS;
+  const std::wstring file = std::filesystem::absolute(name).wstring();
   return RegSetKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Tolmar", L"ConfigurationFile", REG_SZ,
                          file.c_str(), static_cast<DWORD>((file.size() + 1) * sizeof(wchar_t)));
 }
