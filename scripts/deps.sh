@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Installs what is missing: Debian packages, those of the arguments too, and the libraries that Debian has no MinGW builds
-# of (into build/deps).
+# of (into build/deps). With --only: Debian packages, those of the arguments alone.
 source scripts/common.sh
+source scripts/npm.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
   libcpp-httplib-dev libfuzzer-14-dev libgcab-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode pkg-config python3-jsonschema shellcheck wine wine64 xz-utils zlib1g-dev)
-PACKAGES+=("$@")
+  make ninja-build openssl osslsigncode pkg-config python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
+ONLY=no
+if [ "${1:-}" = --only ]; then ONLY=yes && PACKAGES=("${@:2}"); else PACKAGES+=("$@"); fi
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
 LOGS=$DEPS/log
@@ -17,7 +19,7 @@ missing_packages() {
   for package in "${PACKAGES[@]}"; do
     dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || echo "$package"
   done
-  command -v npm >/dev/null || printf 'nodejs\nnpm\n'
+  [ "$ONLY" = yes ] || command -v npm >/dev/null || printf 'nodejs\nnpm\n'
 }
 
 install_packages() {
@@ -85,16 +87,7 @@ build_libraries() {
   stamp "$PREFIX/stamp" "$versions"
 }
 
-# PowerShell's grammar, for scripts/powershell-syntax.mjs: nothing of the packages is run but what it loads.
-fetch_grammar() {
-  local packages=(tree-sitter-powershell@0.26.4 web-tree-sitter@0.25.10) target=$DEPS/npm
-  is_stamped "$target/stamp" "${packages[*]}" && return 0
-  rm -rf "$target" && mkdir -p "$target"
-  step "PowerShell's grammar" "$LOGS/grammar.log" \
-    npm install --prefix "$target" --ignore-scripts --no-audit --no-fund "${packages[@]}"
-  stamp "$target/stamp" "${packages[*]}"
-}
-
 install_packages
+[ "$ONLY" = yes ] && exit
 build_libraries
-fetch_grammar
+npm_grammar

@@ -6,7 +6,7 @@ import { setFlagsFromString } from "node:v8";
 
 setFlagsFromString("--liftoff-only"); // The optimising compiler takes 6 s for the grammar, this one 0.1 s.
 
-const require = createRequire(new URL("../build/deps/npm/package.json", import.meta.url));
+const require = createRequire(new URL("../build/deps/powershell-grammar/package.json", import.meta.url));
 const SHOWN = 40; // characters of what was not understood
 
 async function newParser() {

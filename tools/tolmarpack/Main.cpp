@@ -3,7 +3,7 @@
 #include <exception>
 #include <stdexcept>
 
-#include "host/common/Text.h"
+#include "reference_host/configuration/Layers.h"
 #include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Lint.h"
 #include "tools/tolmarpack/Options.h"
@@ -11,6 +11,7 @@
 #include "tools/tolmarpack/Print.h"
 #include "tools/tolmarpack/Program.h"
 #include "tools/tolmarpack/Publish.h"
+#include "tools/tolmarpack/Trial.h"
 #include "tools/tolmarpack/Verdict.h"
 
 namespace {
@@ -65,6 +66,9 @@ int RunCommand(const Options& options) {
   } else if (options.command == "verify") {
     const Verdict verdict = Judge(path, YardstickOf(options));
     return Print(options.paths.front(), verdict, options.json) ? Good : NotGood;
+  } else if (options.command == "test") {
+    const Trial trial = Try(path, FindLab(options.simulator), options.timeoutSeconds);
+    return Print(trial, options.json) ? Good : NotGood;
   } else if (options.command == "publish") {
     const std::filesystem::path catalogue = PathOf(options.catalogue);
     Print(Publish(PathsOf(options), catalogue, options.signer), options.catalogue);
@@ -78,6 +82,9 @@ int main(int count, char** words) try {
   Options options;
   int exitStatus = Usage;
   if (!ReadOptions(OwnArguments(count, words), options, exitStatus)) return exitStatus;
+  if (options.command == "test") {
+    if (const auto status = RunInLab(count, words)) return *status;
+  }
   return RunCommand(options);
 } catch (const std::exception& error) {
   std::fprintf(stderr, "tolmarpack: %s\n", error.what());

@@ -1,10 +1,12 @@
 #include "tools/tolmarpack/Print.h"
 
 #include <cstdio>
+#include <sstream>
 
 #include "host/common/Text.h"
-#include "reference_host/causes/Causes.h"
 #include "tools/cloudsim/JsonNode.h"
+#include "tools/common/Phrases.h"
+#include "tools/common/TerminalText.h"
 #include "tools/tolmarctl/Table.h"
 #include "tools/tolmarpack/Files.h"
 
@@ -67,6 +69,23 @@ Json::Value AsJson(const std::string& package, const Verdict& verdict) {
   return root;
 }
 
+Json::Value AsJson(const Trial& trial) {
+  Json::Value root;
+  root["command"] = "test";
+  root["title"] = trial.title;
+  root["good"] = trial.IsGood();
+  root["phases"] = Json::arrayValue;
+  for (const Phase& phase : trial.phases) {
+    Json::Value& entry = root["phases"].append(Json::objectValue);
+    entry["phase"] = phase.name;
+    entry["outcome"] = phase.outcome;
+    entry["good"] = phase.isGood;
+    entry["ms"] = Json::Int64{phase.milliseconds};
+    entry["output"] = phase.output;
+  }
+  return root;
+}
+
 void PrintForPeople(const std::string& package, const Verdict& verdict) {
   const bool isTaken = verdict.refusal.empty();
   PrintText(Printable(package) + ": a host would " +
@@ -75,10 +94,7 @@ void PrintForPeople(const std::string& package, const Verdict& verdict) {
     PrintText("  signed by " + Printable(verdict.signature.publisher) + ", thumbprint " +
               verdict.signature.thumbprint + "\n");
   }
-  if (const refhost::Cause* cause = refhost::FindCause(verdict.cause)) {
-    PrintText(std::string("  ") + cause->id + ": " + cause->happened + "\n  do: " + cause->remedy +
-              "\n");
-  }
+  PrintText(timeline::LinesOfCause(verdict.cause, "  "));
   Table table({"MEMBER", "BYTES"});
   for (const refhost::CabinetMember& member : verdict.members) {
     table.Add({{ZLT::String::UTF16ToUTF8(member.name)}, Bytes(member.size)});
@@ -87,6 +103,28 @@ void PrintForPeople(const std::string& package, const Verdict& verdict) {
 }
 
 }  // namespace
+
+bool Print(const Trial& trial, bool asJson) {
+  if (asJson) {
+    PrintJson(AsJson(trial));
+    return trial.IsGood();
+  }
+  Table table({"PHASE", "OUTCOME", "TIME"});
+  for (const Phase& phase : trial.phases) {
+    table.Add({{phase.name},
+               {phase.outcome.empty() ? "ok" : phase.outcome},
+               {timeline::Duration(phase.milliseconds), Cell::Look::Plain, true}});
+  }
+  PrintText(table.Text(false));
+  for (const Phase& phase : trial.phases) {
+    if (phase.output.empty()) continue;
+    PrintText("the script's output, \"" + phase.name + "\":\n");
+    std::istringstream lines(phase.output);
+    for (std::string line; std::getline(lines, line);) PrintText("  " + Printable(line) + "\n");
+  }
+  PrintText(trial.title + (trial.IsGood() ? " installs\n" : " does not pass\n"));
+  return trial.IsGood();
+}
 
 bool Print(const LintReport& report, bool asJson) {
   if (asJson) {

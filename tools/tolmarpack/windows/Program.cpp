@@ -7,7 +7,7 @@
 
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
-#include "tools/tolmarctl/WindowsArguments.h"
+#include "tools/common/Arguments.h"
 
 namespace tolmarpack {
 
@@ -92,7 +92,7 @@ Ending Program::Wait() {
   return ending;
 }
 
-std::vector<std::string> OwnArguments(int, char**) { return WindowsArguments(); }
+std::vector<std::string> OwnArguments(int, char**) { return Arguments(); }
 
 std::filesystem::path OwnProgram() {
   std::wstring path(32'768, L'\0');  // No path is longer.
