@@ -9,6 +9,7 @@
 #include "host/common/Text.h"
 #include "tools/common/Arguments.h"
 #include "tools/common/CancelWatch.h"
+#include "tools/common/Console.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/Registration.h"
 #include "tools/tolmarhost/Serve.h"
@@ -53,6 +54,9 @@ int RunAtPrompt(const Options& options) {
     SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG",
                             ZLT::String::UTF8ToUTF16(options.config).c_str());
   }
+  // Unbuffered, as it is on a console, a character of several bytes would go there in pieces.
+  std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
+  const Console console;
   const CancelWatch watch(0);
   const EventLog log(true);
   if (!Serve(watch.Event(), log, [](DWORD) {})) EndHard();
