@@ -6,21 +6,36 @@
 
 namespace refhost {
 
-bool Start(std::wstring& error) {
+namespace {
+
+/// Takes up the configuration that has been read.
+bool TakeUp(std::wstring& error) {
   const Configuration* configuration = GetConfiguration();
   if (configuration == nullptr) {
     error = ConfigurationError();
     return false;
   }
-  const std::wstring file = ConfigurationFileName();
+  const std::wstring origin = ConfigurationOrigin();
   // Where no log can be kept, the host is the only one who can still say why.
   const std::wstring refusal = CreateFolder(configuration->logFolder, true);
   if (!refusal.empty()) {
-    error = file + L": the log folder " + configuration->logFolder + L" is refused: " + refusal;
+    error = origin + L": the log folder " + configuration->logFolder + L" is refused: " + refusal;
     return false;
   }
-  ZLT::g_log.d(L"Host suite started, configured by %s", file.c_str());
+  ZLT::g_log.d(L"Host suite started, configured by %s", origin.c_str());
   return true;
+}
+
+}  // namespace
+
+bool Start(std::wstring& error) { return TakeUp(error); }
+
+bool StartFromFile(const std::wstring& file, std::wstring& error) {
+  return ReadConfigurationFile(file, error) && TakeUp(error);
+}
+
+bool StartFromText(const std::string& json, std::wstring& error) {
+  return ReadConfigurationText(json, error) && TakeUp(error);
 }
 
 }  // namespace refhost

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <optional>
 
 #include "host/common/Text.h"
@@ -21,6 +22,8 @@ constexpr const wchar_t* MachineValue = L"ConfigurationFile";
 constexpr LONGLONG MaxFileBytes = 1 << 20;
 
 struct Loaded {
+  std::wstring origin;
+  std::string json;
   std::optional<Configuration> configuration;
   std::wstring error;
 };
@@ -86,21 +89,11 @@ std::wstring NoFile() {
          L" names no file, and " + machine;
 }
 
-Loaded Load() {
-  Loaded loaded;
-  const std::wstring name = ConfigurationFileName();
-  if (name.empty()) {
-    loaded.error = NoFile();
-    return loaded;
-  }
-  std::string json;
-  const std::wstring failure = ReadWhole(name, json);
-  if (!failure.empty()) {
-    loaded.error = name + failure;
-    return loaded;
-  }
+Loaded FromText(const std::wstring& origin, std::string json) {
+  Loaded loaded{origin, std::move(json), {}, {}};
   Configuration configuration;
-  const std::string error = ParseConfiguration(ZLT::String::UTF16ToUTF8(name), json, configuration);
+  const std::string error =
+      ParseConfiguration(ZLT::String::UTF16ToUTF8(origin), loaded.json, configuration);
   if (configuration.downloadFolder.empty()) configuration.downloadFolder = DefaultDownloadFolder();
   if (configuration.logFolder.empty()) configuration.logFolder = DefaultLogFolder();
   if (error.empty()) loaded.configuration = std::move(configuration);
@@ -108,10 +101,34 @@ Loaded Load() {
   return loaded;
 }
 
+Loaded FromFile(const std::wstring& name) {
+  std::string json;
+  const std::wstring failure = ReadWhole(name, json);
+  if (!failure.empty()) return {name, {}, {}, name + failure};
+  return FromText(name, std::move(json));
+}
+
+Loaded Load() {
+  const std::wstring name = ConfigurationFileName();
+  return name.empty() ? Loaded{{}, {}, {}, NoFile()} : FromFile(name);
+}
+
 /// Once for the process: the suite's operations must agree on what they were told.
-const Loaded& TheLoaded() {
-  static const Loaded loaded = Load();
+const Loaded& TheLoaded(const std::function<Loaded()>& load = Load) {
+  static const Loaded loaded = load();
   return loaded;
+}
+
+/// Makes what the host program has named the process's configuration.
+bool TakeUp(Loaded own, std::wstring& error) {
+  if (!own.configuration) {
+    error = own.error;
+    return false;
+  }
+  const Loaded& loaded = TheLoaded([&] { return own; });
+  if (loaded.origin == own.origin && loaded.json == own.json) return true;
+  error = own.origin + L": another configuration has been read before, and a process reads one";
+  return false;
 }
 
 }  // namespace
@@ -132,5 +149,15 @@ const Configuration& Settings() {
 }
 
 const std::wstring& ConfigurationError() { return TheLoaded().error; }
+
+const std::wstring& ConfigurationOrigin() { return TheLoaded().origin; }
+
+bool ReadConfigurationFile(const std::wstring& file, std::wstring& error) {
+  return TakeUp(FromFile(file), error);
+}
+
+bool ReadConfigurationText(const std::string& json, std::wstring& error) {
+  return TakeUp(FromText(L"the text that the host gives", json), error);
+}
 
 }  // namespace refhost

@@ -22,4 +22,14 @@ ZLT_API std::wstring ConfigurationFileName();
 /// @return why there is no usable configuration, empty when there is one.
 const std::wstring& ConfigurationError();
 
+/// @return where the process's configuration has come from: its file, or words for a given text.
+const std::wstring& ConfigurationOrigin();
+
+/// Reads the process's configuration from a file that the host program names, or from a text that
+/// it gives, in the place of `ConfigurationFileName`.
+/// @param error out, on failure one line. @return false when it is not usable, which leaves the
+/// process without one, and when another one has been read before.
+bool ReadConfigurationFile(const std::wstring& file, std::wstring& error);
+bool ReadConfigurationText(const std::string& json, std::wstring& error);
+
 }  // namespace refhost
