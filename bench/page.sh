@@ -3,7 +3,7 @@
 source scripts/common.sh
 source bench/common/measure.sh
 BENCHMARKS=(delivery micro load)
-PARTS=(install exchange status download extract footprint micro load) # of all of them, in the table's order
+PARTS=(install reading exchange status download extract footprint micro load) # of all of them, in the table's order
 PAGE=docs/performance.md
 
 # gathered KIND: the parts' files of that kind, one behind the other.

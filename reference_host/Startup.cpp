@@ -31,11 +31,11 @@ bool TakeUp(std::wstring& error) {
 bool Start(std::wstring& error) { return TakeUp(error); }
 
 bool StartFromFile(const std::wstring& file, std::wstring& error) {
-  return ReadConfigurationFile(file, error) && TakeUp(error);
+  return UseConfigurationFile(file, error) && TakeUp(error);
 }
 
 bool StartFromText(const std::string& json, std::wstring& error) {
-  return ReadConfigurationText(json, error) && TakeUp(error);
+  return UseConfigurationText(json, error) && TakeUp(error);
 }
 
 }  // namespace refhost

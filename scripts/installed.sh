@@ -116,6 +116,15 @@ csharp() {
   fi
 }
 
+# refuses_configuration PROGRAM: of a text that is none it tells what is wrong.
+refuses_configuration() {
+  local said
+  echo '{"baseUrl": 5}' >"$LAB_C/lab/embed/wrong.json"
+  said=$(lab_wine 60 "$1" 'C:\lab\embed\wrong.json' 2>&1) && die "it starts with a wrong configuration"
+  echo "$said"
+  grep -q '^the text that the host gives: key "baseUrl" ' <<<"$said" || die "it does not tell which key is wrong"
+}
+
 hosts() {
   local kind going='^T-EMBEDDED: installing'
   begin
@@ -131,6 +140,7 @@ hosts() {
   delivers "$going" '"status":"installed"' "$EMBED/visualc/visualc_example.exe"
   delivers "$going" '^T-EMBEDDED: installed$' "$EMBED/go/go_example.exe" 'C:\lab\embed\host.json'
   csharp "$going"
+  refuses_configuration "$EMBED/go/go_example.exe"
 }
 
 OTHERS_LAB=${LAB_RUNNING:-}

@@ -84,7 +84,7 @@ Device::Faults Device::FinalFaults() const {
     faults.push_back("an installer is left over");
   }
   if (FindRunningScripts().checks != 0) faults.push_back("a check is left over");
-  if (const int jobs = CountDownloadJobs(); jobs != 0) {
+  if (const int jobs = FindDownloadJobs().count; jobs != 0) {
     faults.push_back("jobs of the download service: " + std::to_string(jobs));
   }
   if (ReadEntitledValue() != 1) faults.push_back("the registry does not say: entitled");
@@ -104,6 +104,16 @@ Device::Faults Device::Leftovers() const {
     faults.push_back("left over: " + entry.string());
   }
   return faults;
+}
+
+unsigned int Device::TakenUp() const {
+  constexpr std::string_view Text = "of an earlier download is taken up";
+  const std::string log = Contents(_folder / "log" / "ZLT.log");
+  unsigned int count = 0;
+  for (std::size_t at = log.find(Text); at != std::string::npos; at = log.find(Text, at + 1)) {
+    ++count;
+  }
+  return count;
 }
 
 fs::path Device::Target(const std::string& module) const { return _folder / "target" / module; }

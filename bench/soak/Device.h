@@ -41,6 +41,9 @@ class Device {
   /// @return what lies in the download folder and is no check script.
   Faults Leftovers() const;
 
+  /// @return how many transfers hosts have taken up that an earlier one had begun.
+  unsigned int TakenUp() const;
+
  private:
   std::filesystem::path Target(const std::string& module) const;
   unsigned int Noted(const std::string& module, const char* what) const;

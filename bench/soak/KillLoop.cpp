@@ -41,6 +41,7 @@ struct KillLoop::Case {
   std::vector<std::string> phases{};   ///< in which the kills fell
   std::vector<std::string> moments{};  ///< the same with the moments
   unsigned long recoveryMs = 0;
+  bool transferLeft = false;  ///< the last kill has left a transfer, with bytes
   Device::Faults faults{};
 };
 
@@ -94,6 +95,7 @@ bool KillLoop::Kill(Case& one, Moment moment) {
   HostProcess host(_folder, false);
   const bool killed = host.KillAt(moment, VisitLimitMs);
   if (killed) {
+    one.transferLeft = FindDownloadJobs().withBytes > 0;
     Add(one.faults, _device.WatchKilledHostsChecks());
     _survivors += static_cast<unsigned int>(FindRunningScripts().installers);
     one.phases.push_back(PhaseOf(host.Log()));
@@ -106,6 +108,7 @@ bool KillLoop::Kill(Case& one, Moment moment) {
 
 void KillLoop::Recover(Case& one) {
   const Device::Before before = _device.Look();
+  const unsigned int takenUp = _device.TakenUp();
   HostProcess host(_folder, false);
   const Stopwatch watch;
   DWORD exitCode = 0;
@@ -117,6 +120,10 @@ void KillLoop::Recover(Case& one) {
   one.recoveryMs = static_cast<unsigned long>(watch.Milliseconds());
   if (exitCode == VisitExit::Failed) one.faults.push_back("the next visit fails");
   Add(one.faults, _device.DoubleInstallations(before));
+  if (one.transferLeft) {
+    ++_transfers;
+    if (_device.TakenUp() == takenUp) one.faults.push_back("the killed host's transfer is lost");
+  }
   if (exitCode == VisitExit::NothingToInstall && !_device.Leftovers().empty()) InstallAgain(one);
   Add(one.faults, _device.FinalFaults());
 }
@@ -161,5 +168,6 @@ void KillLoop::PrintTable() const {
   }
   print("all", all);
   std::printf("\ninstallers that ran on when their host was dead: %u\n", _survivors);
+  std::printf("transfers under way when the host before died, all taken up: %u\n", _transfers);
   std::printf("cases whose leftovers waited for the next installation: %u\n\n", _leftovers);
 }

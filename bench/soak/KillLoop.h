@@ -40,7 +40,9 @@ class KillLoop {
   const Device _device;
   unsigned int _seed;
   unsigned int _kills = 0;
-  bool _blocked = false;        ///< a visit did not end: the machine is no good for further cases
+  bool _blocked = false;  ///< a visit did not end: the machine is no good for further cases
+  unsigned int _transfers =
+      0;  ///< that were left behind by the kill before the visit that recovers
   unsigned int _survivors = 0;  ///< installers that ran on when their host was dead
   unsigned int _leftovers = 0;  ///< cases whose leftovers waited for the next installation
   std::map<std::string, Tally> _tallies;

@@ -60,6 +60,17 @@ bool IsOver(IBackgroundCopyJob& job) {
   return state == BG_JOB_STATE_ACKNOWLEDGED || state == BG_JOB_STATE_CANCELLED;
 }
 
+bool HasBytes(IBackgroundCopyJob& job) {
+  ComPtr<IEnumBackgroundCopyFiles> files;
+  ComPtr<IBackgroundCopyFile> file;
+  if (FAILED(job.EnumFiles(&files))) return false;
+  while (files->Next(1, file.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
+    BG_FILE_PROGRESS progress{};
+    if (SUCCEEDED(file->GetProgress(&progress)) && progress.BytesTransferred > 0) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 RunningScripts FindRunningScripts() {
@@ -77,21 +88,24 @@ void EndRunningScripts() {
   }
 }
 
-int CountDownloadJobs() {
+DownloadJobs FindDownloadJobs() {
+  DownloadJobs found;
   CoInitializeEx(nullptr, COINIT_MULTITHREADED);
   ComPtr<IBackgroundCopyManager> manager;
   ComPtr<IEnumBackgroundCopyJobs> jobs;
   if (FAILED(CoCreateInstance(CLSID_BackgroundCopyManager, nullptr, CLSCTX_LOCAL_SERVER,
                               IID_PPV_ARGS(manager.GetAddressOf()))) ||
       FAILED(manager->EnumJobs(0, &jobs))) {
-    return -1;
+    return found;
   }
-  int count = 0;
+  found.count = 0;
   ComPtr<IBackgroundCopyJob> job;
   while (jobs->Next(1, job.ReleaseAndGetAddressOf(), nullptr) == S_OK) {
-    if (!IsOver(*job.Get())) ++count;
+    if (IsOver(*job.Get())) continue;
+    ++found.count;
+    if (HasBytes(*job.Get())) ++found.withBytes;
   }
-  return count;
+  return found;
 }
 
 int ReadEntitledValue() {

@@ -12,8 +12,12 @@ struct RunningScripts {
 RunningScripts FindRunningScripts();
 void EndRunningScripts();
 
-/// @return how many jobs the download service has that are not over; -1 when it cannot be asked.
-int CountDownloadJobs();
+/// The download service's jobs that are not over.
+struct DownloadJobs {
+  int count = -1;     ///< -1: it cannot be asked
+  int withBytes = 0;  ///< those of which something has arrived
+};
+DownloadJobs FindDownloadJobs();
 
 /// @return the registry's word on whether the device is entitled: 1 or 0; -1 for none.
 int ReadEntitledValue();

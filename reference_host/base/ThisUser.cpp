@@ -10,7 +10,9 @@
 
 namespace refhost {
 
-std::wstring SidOfThisUser() {
+namespace {
+
+std::wstring FindSid() {
   HANDLE opened = nullptr;
   if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) return {};
   const Handle token(opened);
@@ -23,6 +25,13 @@ std::wstring SidOfThisUser() {
   }
   std::wstring sid = text;
   LocalFree(text);
+  return sid;
+}
+
+}  // namespace
+
+const std::wstring& SidOfThisUser() {
+  static const std::wstring sid = FindSid();
   return sid;
 }
 

@@ -2,8 +2,8 @@
 
 #include "host/common/FileSystem.h"
 #include "host/common/Log.h"
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/base/KeepAwake.h"
-#include "reference_host/base/Patience.h"
 #include "reference_host/base/Url.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/download/BitsLeftovers.h"
@@ -254,7 +254,7 @@ BitsDownload::End BitsDownload::TakeOver(BitsFailure& failure) {
 
 /// A job that cannot give its files their names stays as it is.
 HRESULT BitsDownload::CompleteJob(const FilePlace::Wait& wait) {
-  return Patiently(FilePlace::InUsePatience(), wait, [this] { return _job->Complete(); });
+  return Patiently(wait, [this] { return _job->Complete(); });
 }
 
 /// @return Done when the download is to be tried again.

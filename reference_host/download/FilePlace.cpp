@@ -2,9 +2,8 @@
 
 #include <algorithm>
 
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/base/Handle.h"
-#include "reference_host/base/Patience.h"
-#include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
 
 namespace refhost {
@@ -52,16 +51,12 @@ HRESULT Move(const DownloadFile& file) {
 template <typename Attempt>
 std::optional<BitsFailure> FailureToUse(const DownloadFile& file, const FilePlace::Wait& wait,
                                         const Attempt& attempt) {
-  const HRESULT result = Patiently(FilePlace::InUsePatience(), wait, attempt);
+  const HRESULT result = Patiently(wait, attempt);
   if (SUCCEEDED(result)) return std::nullopt;
   return FilePlace::FailureOf(file, BG_ERROR_CONTEXT_LOCAL_FILE, result);
 }
 
 }  // namespace
-
-std::chrono::milliseconds FilePlace::InUsePatience() {
-  return std::chrono::seconds(Settings().fileInUseSeconds);
-}
 
 std::wstring FilePlace::ArrivalFolder() { return DownloadFolder() + L".arriving"; }
 

@@ -34,9 +34,6 @@ namespace FilePlace {
 /// Waits so many milliseconds. @return false when the download is to stop.
 using Wait = std::function<bool(DWORD)>;
 
-/// @return how long a file that others have open is waited for.
-std::chrono::milliseconds InUsePatience();
-
 /// @return the folder that jobs put files into, beside the download folder: that one is deleted
 /// when a download has been stopped, while the job and its bytes may stay for the next. No trailing
 /// backslash.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "host/common/Log.h"
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/files/FolderCreation.h"
 #include "reference_host/files/FolderHolds.h"
 #include "reference_host/files/HeldFolder.h"
@@ -21,50 +22,63 @@ bool IsLink(DWORD attributes) {
 
 bool IsPlainFolder(DWORD attributes) { return IsFolder(attributes) && !IsLink(attributes); }
 
-/// @return true when nothing of that name is left; else GetLastError tells why.
-bool Delete(const std::wstring& path, bool recursive);
-
-/// @return true when nothing is left in the folder.
-bool DeleteContents(const std::wstring& folder) {
-  WIN32_FIND_DATAW entry{};
-  const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
-  if (search == INVALID_HANDLE_VALUE) return false;
-  bool empty = true;
-  do {
-    const std::wstring name = entry.cFileName;
-    if (name != L"." && name != L".." && !Delete(folder + L"\\" + name, true)) empty = false;
-  } while (FindNextFileW(search, &entry));
-  FindClose(search);
-  return empty;
-}
-
-bool Delete(const std::wstring& path, bool recursive) {
+/// @return S_OK when nothing of that name is left.
+HRESULT Remove(const std::wstring& path) {
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (IsThere(attributes) && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
     SetFileAttributesW(path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
   }
-  if (recursive && IsPlainFolder(attributes)) DeleteContents(path);
-  const BOOL deleted =
+  const BOOL removed =
       IsFolder(attributes) ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str());
-  const DWORD error = deleted ? ERROR_SUCCESS : GetLastError();
-  return deleted || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  const DWORD error = removed ? ERROR_SUCCESS : GetLastError();
+  const bool isGone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  return isGone ? S_OK : HRESULT_FROM_WIN32(error);
 }
+
+/// One deletion with all that belongs to it: what others hold is waited for, not anew for each
+/// file.
+class Deletion {
+ public:
+  /// @return true when nothing of that name is left.
+  bool Delete(const std::wstring& path, bool recursive) {
+    if (recursive && IsPlainFolder(GetFileAttributesW(path.c_str()))) Empty(path);
+    return SUCCEEDED(refhost::Patiently(_patience, [&path] { return Remove(path); }));
+  }
+
+  /// @return true when nothing is left in the folder.
+  bool Empty(const std::wstring& folder) {
+    WIN32_FIND_DATAW entry{};
+    const HANDLE search = FindFirstFileW((folder + L"\\*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) return false;
+    bool empty = true;
+    do {
+      const std::wstring name = entry.cFileName;
+      if (name != L"." && name != L".." && !Delete(folder + L"\\" + name, true)) empty = false;
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+    return empty;
+  }
+
+ private:
+  refhost::SharedPatience _patience;
+};
 
 /// @param held in, the folder itself, since a link could take its place while it is being emptied;
 /// out, let go of.
 bool DeleteFolder(const std::wstring& name, refhost::HeldFolder& held) {
   refhost::ReleaseFolders(name, false);
-  if (!DeleteContents(name)) return false;
+  if (!Deletion().Empty(name)) return false;
   held.Leave();
   refhost::ReleaseFolders(name, true);
+  const HRESULT result = Remove(name);
   // Another host may hold it, and finds nothing in it any more.
-  return Delete(name, false) || GetLastError() == ERROR_SHARING_VIOLATION;
+  return SUCCEEDED(result) || result == HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION);
 }
 
 bool DeleteJudged(const std::wstring& path, bool recursive) {
   const std::wstring name = refhost::LongPath(path);
   if (!recursive || !IsPlainFolder(GetFileAttributesW(name.c_str()))) {
-    return Delete(name, recursive);
+    return Deletion().Delete(name, recursive);
   }
   refhost::HeldFolder held;
   if (const std::wstring refusal = held.Enter(name, nullptr); !refusal.empty()) {

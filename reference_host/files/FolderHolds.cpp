@@ -6,6 +6,7 @@
 #include <mutex>
 #include <set>
 
+#include "reference_host/base/ThisUser.h"
 #include "reference_host/files/HeldFolder.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/files/Trust.h"
@@ -67,7 +68,7 @@ std::wstring RefusalOfEntry(const std::wstring& name, Hold& hold) {
   if (IsScript(name)) hold.foundScripts.insert(IdentityOf(entry.Get()));
   const std::optional<ObjectRights> rights = RightsOf(entry.Get());
   std::set<std::wstring> trusted = Trusted();
-  trusted.insert(CurrentUser());
+  trusted.insert(SidOfThisUser());
   return rights ? RefusalOfRights(*rights, trusted) : L"its owner is not to be found out";
 }
 

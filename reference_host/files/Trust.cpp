@@ -4,10 +4,10 @@
 #include <aclapi.h>
 #include <sddl.h>
 
-#include <cstddef>
 #include <vector>
 
 #include "reference_host/base/Handle.h"
+#include "reference_host/base/ThisUser.h"
 
 namespace refhost {
 
@@ -24,17 +24,6 @@ std::wstring TextOf(PSID sid) {
   std::wstring copy = text;
   LocalFree(text);
   return copy;
-}
-
-std::vector<std::byte> OfThisProcess(TOKEN_INFORMATION_CLASS kind) {
-  HANDLE opened = nullptr;
-  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) return {};
-  const Handle token(opened);
-  DWORD size = 0;
-  GetTokenInformation(opened, kind, nullptr, 0, &size);
-  std::vector<std::byte> memory(size);
-  if (!GetTokenInformation(opened, kind, memory.data(), size, &size)) memory.clear();
-  return memory;
 }
 
 /// Groups that the token holds for denials only do not count.
@@ -57,7 +46,7 @@ std::wstring OwnerOfWindows() {
 
 std::set<std::wstring> FindTrusted() {
   std::set<std::wstring> trusted{Administrators, System, TrustedInstaller, OwnerOfWindows()};
-  if (!IsElevated()) trusted.insert(CurrentUser());
+  if (!IsElevated()) trusted.insert(SidOfThisUser());
   trusted.erase(L"");
   return trusted;
 }
@@ -89,22 +78,19 @@ std::vector<AccessEntry> EntriesOf(PACL list) {
 }  // namespace
 
 bool IsElevated() {
-  const std::vector<std::byte> memory = OfThisProcess(TokenElevation);
-  const auto* elevation = reinterpret_cast<const TOKEN_ELEVATION*>(memory.data());
-  return (!memory.empty() && elevation->TokenIsElevated != 0) ||
+  HANDLE opened = nullptr;
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened)) return false;
+  const Handle token(opened);
+  TOKEN_ELEVATION elevation{};
+  DWORD size = sizeof elevation;
+  return (GetTokenInformation(opened, TokenElevation, &elevation, size, &size) &&
+          elevation.TokenIsElevated != 0) ||
          IsMember(WinBuiltinAdministratorsSid);
 }
 
-bool IsService() { return CurrentUser() == System || IsMember(WinServiceSid); }
+bool IsService() { return SidOfThisUser() == System || IsMember(WinServiceSid); }
 
-const std::wstring& CurrentUser() {
-  static const std::wstring user = [] {
-    std::vector<std::byte> memory = OfThisProcess(TokenUser);
-    auto* found = reinterpret_cast<TOKEN_USER*>(memory.data());
-    return memory.empty() ? std::wstring() : TextOf(found->User.Sid);
-  }();
-  return user;
-}
+bool HasHighRights() { return IsElevated() || IsService(); }
 
 const std::set<std::wstring>& Trusted() {
   static const std::set<std::wstring> trusted = FindTrusted();
@@ -126,7 +112,7 @@ std::optional<ObjectRights> RightsOf(HANDLE object) {
 
 OwnRules::OwnRules() {
   const std::wstring rules =
-      (IsElevated() ? L"O:BAD:P" : L"D:P(A;OICI;FA;;;" + CurrentUser() + L")") +
+      (IsElevated() ? L"O:BAD:P" : L"D:P(A;OICI;FA;;;" + SidOfThisUser() + L")") +
       L"(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
   ConvertStringSecurityDescriptorToSecurityDescriptorW(rules.c_str(), SDDL_REVISION_1,
                                                        &_attributes.lpSecurityDescriptor, nullptr);

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "host/Export.h"
 #include "reference_host/files/AccessList.h"
 
 namespace refhost {
@@ -17,8 +18,9 @@ bool IsElevated();
 /// the service manager.
 bool IsService();
 
-/// @return this process's user, an SID as text; empty when it is not to be found out.
-const std::wstring& CurrentUser();
+/// @return true when this process could do what those who may write its files could not: what it
+/// goes by is judged then.
+ZLT_API bool HasHighRights();
 
 /// @return the SIDs of those who may rule over what this process goes by: Administrators, SYSTEM,
 /// TrustedInstaller, and whoever owns the Windows folder, since that one rules over everything

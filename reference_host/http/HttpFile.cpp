@@ -4,6 +4,7 @@
 
 #include <atomic>
 
+#include "reference_host/base/FileInUse.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/files/FolderOwner.h"
@@ -46,13 +47,19 @@ class PartialFile {
     return done ? ERROR_SUCCESS : GetLastError();
   }
 
-  unsigned long Place() {
+  HRESULT Place() {
     _file = Handle();
-    _placed = MoveFileExW(_path.c_str(), _target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
-    return _placed ? ERROR_SUCCESS : GetLastError();
+    const HRESULT moved = Patiently(SharedPatience(), [this] { return Move(); });
+    _placed = SUCCEEDED(moved);
+    return moved;
   }
 
  private:
+  HRESULT Move() const {
+    const BOOL moved = MoveFileExW(_path.c_str(), _target.c_str(), MOVEFILE_REPLACE_EXISTING);
+    return moved ? S_OK : HRESULT_FROM_WIN32(GetLastError());
+  }
+
   /// Threads and processes may fetch a file of the same name at the same time.
   static std::wstring NameFor(const std::wstring& target) {
     static std::atomic<unsigned int> number{0};
@@ -87,7 +94,7 @@ HRESULT Fetch(const std::wstring& url, const std::wstring& localPath, const std:
   const unsigned long error = exchange.ReadBody(
       {Settings().maxFileBytes, limit},
       [&file](const char* bytes, std::size_t count) { return file.Write(bytes, count); });
-  return HRESULT_FROM_WIN32(error != 0 ? error : file.Place());
+  return error != 0 ? HRESULT_FROM_WIN32(error) : file.Place();
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "host/common/Text.h"
+#include "reference_host/base/AwakeClock.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/package/CabinetDigest.h"
@@ -30,8 +31,8 @@ constexpr DWORD Encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
 /// No honest signature comes near; a package must not make the check use up the memory.
 constexpr std::uint32_t MaxSignatureBytes = 1 << 20;
 /// Windows may fetch roots and lists over the network, each with a time-out of 15 s by default. For
-/// all of them, in milliseconds in which the machine is awake:
-constexpr std::uint64_t TrustLimit = 60'000;
+/// all of them, of the time in which the machine is awake:
+constexpr std::chrono::seconds TrustLimit(60);
 /// How often the caller looks for a stop meanwhile.
 constexpr std::chrono::milliseconds StopLook(50);
 constexpr char CodeSigningUsage[] = "1.3.6.1.5.5.7.3.3";
@@ -251,12 +252,6 @@ Handle Duplicate(HANDLE handle) {
   return Handle(copy);
 }
 
-std::uint64_t AwakeMilliseconds() {
-  ULONGLONG ticks = 0;
-  QueryUnbiasedInterruptTime(&ticks);
-  return ticks / 10'000;
-}
-
 /// Asks on a thread of its own, which is left behind when the suite is told to stop or Windows
 /// takes too long: nothing ends its calls. @throws as the question.
 void AskInTime(const std::shared_ptr<const TrustQuestion>& question, const CabinetFile& cabinet) {
@@ -264,10 +259,10 @@ void AskInTime(const std::shared_ptr<const TrustQuestion>& question, const Cabin
   std::future<void> answer = task.get_future();
   PinModule();
   std::thread(std::move(task)).detach();
-  const std::uint64_t begin = AwakeMilliseconds();
+  const auto begin = AwakeClock::Now();
   while (answer.wait_for(StopLook) != std::future_status::ready) {
     Require(!cabinet.IsToStop(), "the suite was told to stop");
-    Require(AwakeMilliseconds() - begin < TrustLimit,
+    Require(AwakeClock::Now() - begin < TrustLimit,
             "its signer was not judged in time: the machine may wait for its network");
   }
   answer.get();

@@ -185,7 +185,7 @@ TEST_F(BitsTest, WhatAScannerHoldsIsTriedAgain) {
       SetUp(job);
       job.completeResults = row.results;
       job.onComplete = [&](FakeBitsJob&) {
-        scanner = std::thread([held = Hold(Arriving(L"a.cab")), &row, &download] {
+        scanner = std::thread([held = TestMachine::Hold(Arriving(L"a.cab")), &row, &download] {
           WaitForSingleObject(download.cancel, row.heldMs);
           CloseHandle(held);
         });

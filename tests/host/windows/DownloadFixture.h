@@ -27,12 +27,6 @@ inline std::wstring Arriving(const std::wstring& name) {
   return ZLT::utility::GetZltKivDownloadPath() + L".arriving\\" + name + L".part";
 }
 
-/// Opens a file as a scanner does. @return a handle to close.
-inline HANDLE Hold(const std::wstring& path) {
-  return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                     FILE_ATTRIBUTE_NORMAL, nullptr);
-}
-
 inline std::string Body(std::size_t size) {
   std::string body(size, '\0');
   for (std::size_t i = 0; i < size; ++i) body[i] = static_cast<char>(i * 7 + i / 251);

@@ -139,7 +139,7 @@ TEST_F(DownloadAgentTest, AFileInUseIsNotReplaced) {
     Download download;
     FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath() + L".arriving", true);
     TestMachine::WriteFile(name, "in use");
-    const HANDLE user = Hold(name);
+    const HANDLE user = TestMachine::Hold(name);
     EXPECT_FALSE(download.Run({{Url(L"/whole"), InFolder(L"a.cab")}}));
     CloseHandle(user);
     ASSERT_EQ(download.errors.size(), 1U);
@@ -163,7 +163,7 @@ TEST_F(DownloadAgentTest, AFileThatIsHeldForAWhileIsWaitedFor) {
   Download download;
   FileSystem::createDirectory(ZLT::utility::GetZltKivDownloadPath() + L".arriving", true);
   TestMachine::WriteFile(Arriving(L"a.cab"), "held");
-  std::thread scanner([held = Hold(Arriving(L"a.cab")), &download] {
+  std::thread scanner([held = TestMachine::Hold(Arriving(L"a.cab")), &download] {
     WaitForSingleObject(download.cancel, 3000);
     CloseHandle(held);
   });

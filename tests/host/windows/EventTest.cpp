@@ -72,15 +72,15 @@ TEST(Event, KeepsSecretsBackAndTypesAsTheyAre) {
 }
 
 TEST(Event, NoneIsLostWhenProcessesShareTheFileAndRotateIt) {
-  // 300 of about 180 bytes each: with the others' more than one half of the file may have, less
+  // 720 of about 115 bytes each: more than one file may have, and with the other tests' events less
   // than both.
   const auto run = [] {
     std::string output;
     const std::wstring configuration = TestMachine::Folder() + L"\\host.json";
-    EXPECT_EQ(TestMachine::RunAgain(L"--events 150", configuration, output), 0U);
+    EXPECT_EQ(TestMachine::RunAgain(L"--events 240", configuration, output), 0U);
   };
   std::thread other(run);
-  for (int i = 0; i < 150; ++i) Event("test.crowd").With("number", i).Write();
+  for (int i = 0; i < 240; ++i) Event("test.crowd").With("number", i).Write();
   other.join();
   run();
   std::map<std::string, int> counts;
@@ -88,6 +88,6 @@ TEST(Event, NoneIsLostWhenProcessesShareTheFileAndRotateIt) {
     EXPECT_EQ(event["number"].asInt(), counts[event["run"].asString()]++);
   }
   EXPECT_EQ(counts.size(), 3U);
-  for (const auto& [id, count] : counts) EXPECT_EQ(count, 150) << id;
+  for (const auto& [id, count] : counts) EXPECT_EQ(count, 240) << id;
   EXPECT_FALSE(TestMachine::ReadLog(L"events.jsonl.1").empty());
 }

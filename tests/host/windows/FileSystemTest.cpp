@@ -6,7 +6,10 @@
 #include <aclapi.h>
 #include <sddl.h>
 
+#include <thread>
+
 #include "host/common/RegUtil.h"
+#include "tests/host/windows/DownloadFixture.h"
 #include "tests/host/windows/TestMachine.h"
 
 namespace {
@@ -74,14 +77,23 @@ TEST(FileSystem, DeletesWhatItIsToldTo) {
   EXPECT_FALSE(FileSystem::deleteDirectoryOrFile(L"", true));
 }
 
-TEST(FileSystem, TellsWhatItCouldNotDelete) {
-  const std::wstring path = Below(L"open-file");
-  TestMachine::WriteFile(path, "x");
-  const HANDLE held = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-  EXPECT_FALSE(FileSystem::deleteDirectoryOrFile(path, false));
-  CloseHandle(held);
-  EXPECT_TRUE(FileSystem::deleteDirectoryOrFile(path, false));
+TEST(FileSystem, WaitsForWhatOthersHoldAndTellsWhatItCouldNotDelete) {
+  for (const bool isAlone : {true, false}) {
+    const std::wstring folder = Below(L"open");
+    ASSERT_TRUE(FileSystem::createDirectory(folder, false));
+    const std::wstring held = folder + L"\\held";
+    for (const std::wstring& name : {held, folder + L"\\other"}) TestMachine::WriteFile(name, "x");
+    const std::wstring path = isAlone ? held : folder;
+    const HANDLE handle = TestMachine::Hold(held);
+    EXPECT_FALSE(FileSystem::deleteDirectoryOrFile(path, true));
+    EXPECT_EQ(FileSystem::fileExists(folder + L"\\other"), isAlone);
+    std::thread scanner([handle] {
+      Sleep(300);
+      CloseHandle(handle);
+    });
+    EXPECT_TRUE(FileSystem::deleteDirectoryOrFile(path, true));
+    scanner.join();
+  }
 }
 
 TEST(FileSystem, DeletesTreesDeeperThanOldPathsReach) {

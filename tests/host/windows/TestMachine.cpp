@@ -145,6 +145,11 @@ void WriteFile(const std::wstring& path, const std::string& bytes) {
   std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
 }
 
+void* Hold(const std::wstring& path) {
+  return CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                     FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
 void LetEverybodyWrite(const std::wstring& path, bool allowed) {
   PSECURITY_DESCRIPTOR rules = nullptr;
   ConvertStringSecurityDescriptorToSecurityDescriptorW(

@@ -33,6 +33,9 @@ unsigned long RunAgain(const std::wstring& arguments, const std::wstring& config
 std::string ReadFile(const std::wstring& path);
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
+/// Opens a file as a scanner does. @return its HANDLE, to be closed.
+void* Hold(const std::wstring& path);
+
 /// Gives a file or folder an access list with which everybody may write to it, or administrators
 /// and SYSTEM alone.
 void LetEverybodyWrite(const std::wstring& path, bool allowed = true);
