@@ -59,6 +59,15 @@ int Shell(const std::string& command, std::string& output) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// Adds a line to the file that an environment variable names; without it, nothing.
+void Append(const char* variable, const Json::Value& value) {
+  const char* file = std::getenv(variable);
+  if (file == nullptr || *file == '\0') return;
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  std::ofstream(file, std::ios::app) << Json::writeString(builder, value) << "\n";
+}
+
 Json::Value CatalogueOf(const std::vector<Title>& titles) {
   Json::Value catalogue;
   catalogue["sessionToken"] = "session-of-the-lab";
@@ -82,7 +91,7 @@ Json::Value CatalogueOf(const std::vector<Title>& titles) {
 
 }  // namespace
 
-Lab::Lab(const std::vector<Title>& titles)
+Lab::Lab(const std::vector<Title>& titles, const std::vector<std::string>& options)
     : _fixtures(Environment("E2E_FOLDER")),
       _driveC(fs::path(Environment("WINEPREFIX")) / "drive_c"),
       _folder(_fixtures / "run") {
@@ -90,7 +99,8 @@ Lab::Lab(const std::vector<Title>& titles)
   fs::remove_all(_driveC / "lab");
   fs::create_directories(_folder);
   fs::create_directories(_driveC / "lab");
-  StartCloud(CatalogueOf(titles));
+  ClearMachine();
+  StartCloud(CatalogueOf(titles), options);
   const std::string base = "https://localhost:" + std::to_string(_port);
   _configuration["baseUrl"] = base;
   _configuration["realm"] = "lab";
@@ -106,26 +116,36 @@ Lab::Lab(const std::vector<Title>& titles)
 
 Lab::~Lab() {
   if (_cloud <= 0) return;
+  KeepExchanges();
   kill(_cloud, SIGTERM);
   waitpid(_cloud, nullptr, 0);
 }
 
-void Lab::StartCloud(const Json::Value& catalogue) {
+/// What an earlier test may have left on the machine itself.
+void Lab::ClearMachine() const {
+  for (const char* name : {"session.token", "service.json"}) {
+    fs::remove(_driveC / "ProgramData" / "Tolmar" / name);
+  }
+  Wine("reg delete 'HKLM\\Software\\Policies\\Tolmar' /f");
+}
+
+void Lab::StartCloud(const Json::Value& catalogue, const std::vector<std::string>& options) {
   const fs::path portFile = _folder / "port";
   WriteFile(_fixtures / "catalogue.json",
             Json::writeString(Json::StreamWriterBuilder(), catalogue));
   const std::string pki = (_fixtures.parent_path() / "lab" / "pki").string();
-  const std::vector<std::string> words{CLOUDSIM_PROGRAM,
-                                       "--catalogue",
-                                       (_fixtures / "catalogue.json").string(),
-                                       "--port",
-                                       "0",
-                                       "--port-file",
-                                       portFile.string(),
-                                       "--tls-cert",
-                                       pki + "/tls.crt",
-                                       "--tls-key",
-                                       pki + "/tls.key"};
+  std::vector<std::string> words{CLOUDSIM_PROGRAM,
+                                 "--catalogue",
+                                 (_fixtures / "catalogue.json").string(),
+                                 "--port",
+                                 "0",
+                                 "--port-file",
+                                 portFile.string(),
+                                 "--tls-cert",
+                                 pki + "/tls.crt",
+                                 "--tls-key",
+                                 pki + "/tls.key"};
+  words.insert(words.end(), options.begin(), options.end());
   std::fflush(stdout);  // else the child prints it a second time
   _cloud = fork();
   if (_cloud == 0) {
@@ -178,17 +198,39 @@ RunResult Lab::Run(const std::string& arguments, int seconds) {
 }
 
 void Lab::Keep(const std::string& arguments, const RunResult& result) const {
-  const char* file = std::getenv("E2E_RUNS");
-  if (file == nullptr || *file == '\0') return;
   Json::Value run;
   run["arguments"] = arguments;
   run["exitStatus"] = result.exitStatus;
   run["output"] = result.output;
   run["errors"] = result.errors;
   run["configuration"] = _configuration;
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  std::ofstream(file, std::ios::app) << Json::writeString(builder, run) << "\n";
+  Append("E2E_RUNS", run);
+}
+
+void Lab::KeepExchanges() {
+  for (const Json::Value& exchange : Ask("/received")) Append("E2E_EXCHANGES", exchange);
+}
+
+RunResult Lab::RunWithInput(const std::string& line, const std::string& arguments) {
+  WriteConfiguration();
+  RunResult result;
+  result.exitStatus =
+      Shell("echo '" + line + "' | timeout 60 " + Command("--json " + arguments), result.output);
+  result.errors = ReadFile(_folder / "stderr");
+  result.json = ParseText(LastLine(result.output));
+  Keep(arguments, result);
+  return result;
+}
+
+std::string Lab::Wine(const std::string& command) const {
+  std::string output;
+  Shell("timeout 60 wine " + command + " 2>&1 </dev/null", output);
+  return output;
+}
+
+void Lab::Policy(const std::string& key, const std::string& type, const std::string& data) const {
+  Wine("reg add 'HKLM\\Software\\Policies\\Tolmar' /v " + key + " /t " + type + " /d '" + data +
+       "' /f");
 }
 
 RunResult Lab::RunForPeople(const std::string& arguments, int seconds) {

@@ -1,37 +1,27 @@
 #include <windows.h>
-// Behind windows.h, whose types it needs.
-#include <shellapi.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
-#include <thread>
 
 #include "agent/TolmarAgent.h"
-#include "host/common/EpUrlProvider.h"
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
+#include "tools/common/AgentControl.h"
+#include "tools/common/Arguments.h"
+#include "tools/common/CancelWatch.h"
 #include "tools/tolmarctl/Bundle.h"
-#include "tools/tolmarctl/CancelWatch.h"
+#include "tools/tolmarctl/Config.h"
 #include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/LogFollower.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/ReportCommand.h"
+#include "tools/tolmarctl/ServiceStatus.h"
 
 namespace {
-
-std::vector<std::string> Arguments() {
-  int count = 0;
-  wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-  std::vector<std::string> arguments;
-  for (int i = 1; i < count; ++i) arguments.push_back(ZLT::String::UTF16ToUTF8(wide[i]));
-  LocalFree(wide);
-  return arguments;
-}
 
 void NameConfiguration(const Options& options) {
   if (options.config.empty()) return;
@@ -43,31 +33,6 @@ bool StartHost() {
   if (refhost::Start(error)) return true;
   std::fprintf(stderr, "tolmarctl: %s\n", ZLT::String::UTF16ToUTF8(error).c_str());
   return false;
-}
-
-/// A command that only reads starts no pre-install worker: what does that is an endpoint which the
-/// agent was not told before.
-void TellEndpoint() {
-  std::wstring base, realm;
-  EpUrlProvider::GetInstance()->GetBaseUrl(base);
-  EpUrlProvider::GetInstance()->GetRealm(realm);
-  TolmarAgent::SetBaseUri(base);
-  TolmarAgent::SetRealm(realm);
-}
-
-/// The agent asks the service while it starts, with waits of many minutes when that is down, and
-/// nothing can end these.
-/// @return null when the run was cancelled before the agent had started.
-TolmarAgent* StartAgent(HANDLE cancel) {
-  static std::atomic<TolmarAgent*> agent{nullptr};
-  const HANDLE started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  std::thread([started] {
-    agent = TolmarAgent::GetInstance();
-    SetEvent(started);
-  }).detach();
-  const HANDLE either[] = {started, cancel};
-  WaitForMultipleObjects(2, either, FALSE, INFINITE);
-  return agent;
 }
 
 /// Nothing but a query is under way while the agent starts: ending the process harms nobody.
@@ -86,6 +51,7 @@ TolmarAgent* StartAgent(HANDLE cancel) {
 /// outlives the agent's work: the agent may hold it as its newest caller handle.
 /// @return nothing when the run was cancelled before the agent had started.
 std::optional<Outcome> RunWithAgent(const Options& options, CancelWatch& watch) {
+  // A command that only reads starts no pre-install worker.
   if (options.IsReadOnly()) TellEndpoint();
   TolmarAgent* const agent = StartAgent(watch.Event());
   if (agent == nullptr) return {};
@@ -118,6 +84,8 @@ int main() {
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
   if (options.command == "doctor") return Doctor(options);
+  if (options.command.starts_with("config ")) return Config(options);
+  if (options.command == "service status") return ServiceStatus(options);
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;
