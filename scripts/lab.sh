@@ -27,10 +27,13 @@ lab_boot() {
   timeout 180 wine wineboot >/dev/null 2>&1 </dev/null
 }
 
-# Without mscoree, whose part in this is to ask a person for Mono. Later on genuine .NET needs it.
+# Without mscoree, whose part in this is to ask a person for Mono. Genuine .NET needs it, so the services that have come up
+# without it end again.
 lab_create() {
   rm -rf "$WINEPREFIX" "$LAB/trust.stamp"
   WINEDLLOVERRIDES="mscoree=;$WINEDLLOVERRIDES" lab_boot
+  lab_down
+  lab_boot
 }
 
 # lab_powershell scriptrunner|pwshhost: which program stands in the place of Windows PowerShell, in this prefix alone: the

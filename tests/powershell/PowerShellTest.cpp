@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <future>
+#include <iterator>
 
 #include "host/common/ProcessWrap.h"
 #include "host/common/Text.h"
@@ -72,11 +74,10 @@ TEST(ScriptRunner, AnswersLikePowerShell) {
 }
 
 TEST(ScriptRunner, FailsWherePowerShellFails) {
-  std::vector<Question> questions;
-  for (const std::string& line : ScriptCases::failing) {
-    questions.push_back({ScriptCases::StopsAt(line), {}, {{"d/b", ""}}});
-  }
-  questions.push_back({"param([int]$a)", {"x"}});
+  std::vector<Question> questions{{"param([int]$a)", {"x"}}};
+  std::ranges::transform(ScriptCases::failing, std::back_inserter(questions), [](const auto& line) {
+    return Question{ScriptCases::StopsAt(line), {}, {{"d/b", ""}}};
+  });
   ExpectTheSame(questions, false);
 }
 
