@@ -84,6 +84,23 @@ lint() {
   suite "agent by clang, on Wine" lab_wine 120 "$BUILD/clang-windows/bin/agent_unit_tests.exe"
 }
 
+# Genuine PowerShell, in the script runner's place until the end: scripts by themselves, then a delivery with all parts.
+genuine_powershell() {
+  local told
+  if ! told=$(bash scripts/powershell.sh); then
+    echo "  left out: $told"
+    return
+  fi
+  source tests/powershell/fixtures.sh
+  powershell_fixtures "$BUILD/lab/scripts"
+  lab_powershell pwshhost
+  suite "scripts under PowerShell $told" env "TOLMAR_SCRIPTS=Z:${BUILD//\//\\}\\lab\\scripts" \
+    timeout 600 wine "$bin/powershell_tests.exe"
+  [ "$filter" != '*' ] || filter='Delivery.First*:Delivery.Second*:Report.NamesEach*' suite "delivery under PowerShell $told" \
+    env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "$BUILD/native/bin/e2e_tests"
+  lab_powershell scriptrunner
+}
+
 finish() {
   echo "$passed passed, $failed failed"
   [ "$failed" -eq 0 ]
@@ -166,6 +183,8 @@ if [ "$unit_only" = no ]; then
   fi
   check "installed package's example" bash scripts/installed.sh example
   check "installed package's hosts in other languages" bash scripts/installed.sh hosts
+  echo "genuine PowerShell"
+  genuine_powershell
 fi
 
 finish
