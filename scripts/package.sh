@@ -22,19 +22,10 @@ fix() {
   find "$1" -exec touch -h -d "@$SOURCE_DATE_EPOCH" {} +
 }
 
-policies() {
-  local folder=$1/share/tolmar/policy want
-  mkdir -p "$folder/en-US"
-  for want in admx en-US/adml; do
-    jq -r --arg want "${want#*/}" -f installer/policy.jq docs/schema/configuration.json >"$folder/${want/ad/Tolmar.ad}"
-  done
-  xmllint --noout "$folder/Tolmar.admx" "$folder/en-US/Tolmar.adml"
-}
-
 layout() {
   rm -rf "$PACKAGE"
   cmake --install "$BUILD/windows" --prefix "$PACKAGE/$NAME"
-  policies "$PACKAGE/$NAME"
+  bash scripts/policy.sh "$PACKAGE/$NAME/share/tolmar/policy"
   fix "$PACKAGE/$NAME"
 }
 
@@ -104,7 +95,7 @@ make_bom() {
 
 sums() { (cd "$PACKAGE" && sha256sum -- *.zip *.msi *.json >SHA256SUMS); }
 
-bash scripts/deps.sh faketime libxml2-utils msitools uuid-runtime wixl zip
+bash scripts/deps.sh faketime msitools uuid-runtime wixl zip
 bash scripts/build.sh product
 COMMIT=$(git rev-parse HEAD)
 step "files" "$BUILD/log/package.log" layout

@@ -61,6 +61,10 @@ version_resource_is_current() {
   tr -d '\0' <"$BUILD/windows/bin/TolmarAgent.dll" | LC_ALL=C grep -aF "FileVersion$(cat VERSION)" >/dev/null
 }
 
+policies_are_the_keys() {
+  bash scripts/policy.sh "$BUILD/policy" && /usr/bin/python3 tests/schema/policy.py "$BUILD/policy"
+}
+
 readme_shows_the_example() {
   diff <(sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d') examples/embed/Main.cpp
 }
@@ -102,6 +106,7 @@ check "who includes whom" bash scripts/includes.sh
 check "exported names" exports_are_the_api
 check "README's example" readme_shows_the_example
 check "version resource" version_resource_is_current
+check "policy templates" policies_are_the_keys
 [ "$unit_only" = yes ] || check "installed headers" bash scripts/installed.sh headers
 
 echo "native lane"
