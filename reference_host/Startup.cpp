@@ -12,14 +12,14 @@ bool Start(std::wstring& error) {
     error = ConfigurationError();
     return false;
   }
-  const std::wstring file = ConfigurationFileName();
+  const std::wstring origin = ConfigurationOrigin();
   // Where no log can be kept, the host is the only one who can still say why.
   const std::wstring refusal = CreateFolder(configuration->logFolder, true);
   if (!refusal.empty()) {
-    error = file + L": the log folder " + configuration->logFolder + L" is refused: " + refusal;
+    error = origin + L": the log folder " + configuration->logFolder + L" is refused: " + refusal;
     return false;
   }
-  ZLT::g_log.d(L"Host suite started, configured by %s", file.c_str());
+  ZLT::g_log.d(L"Host suite started, configured by %s", origin.c_str());
   return true;
 }
 

@@ -6,9 +6,10 @@
 
 namespace refhost {
 
-/// Reads the suite's configuration (the JSON file that the environment variable TOLMAR_HOST_CONFIG
-/// names, or the machine's registry: see docs/operations.md). A host program calls it before
-/// anything else of the suite; what is called without it reads the configuration at first use.
+/// Reads the suite's configuration (the machine's policy above the JSON file that the environment
+/// variable TOLMAR_HOST_CONFIG names, or the machine's registry: see docs/operations.md). A host
+/// program calls it before anything else of the suite; what is called without it reads the
+/// configuration at first use.
 /// @param error out, on failure one line that names the file and the key; untouched on success.
 /// @return false when there is no usable configuration; the suite's operations then fail one by
 /// one, none throws.

@@ -4,11 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "host/Export.h"
+#include "reference_host/configuration/MaintenanceWindow.h"
 
 namespace refhost {
 
-/// The suite's configuration. Texts are UTF-8 as in the file, folders wide.
+/// Where installers run when the host is a service.
+enum class InstallerSession { User, Service };
+
+/// Which of the missing titles the service installs by itself.
+enum class ServiceInstalls { All, Preinstall, None };
+
+/// The suite's configuration. Texts are UTF-8 as in the file, folders wide. `Keys.h` has the keys.
 struct Configuration {
   std::string baseUrl;
   std::string realm;
@@ -25,7 +31,7 @@ struct Configuration {
   unsigned int maxCheckScripts = 0;              ///< at once; 0: as many as processors
   unsigned int cancelledCheckGraceSeconds = 10;  ///< for a check that begins after the cancel event
   unsigned int installerTimeoutSeconds = 7200;   ///< for installers
-  bool installersMeetUser = true;  ///< they run in the signed-in user's session, where there is one
+  InstallerSession installerSession = InstallerSession::User;
   unsigned int leaseWaitSeconds = 600;         ///< for another process's installation
   unsigned int requestTimeoutSeconds = 30;     ///< for each step of a request to the service
   unsigned int downloadStallSeconds = 60;      ///< a download without a byte for so long has failed
@@ -35,22 +41,17 @@ struct Configuration {
   std::uint64_t maxUnpackedBytes = 4ull << 30;  ///< what one package may unpack to
   unsigned int logMaxBytes = 4u << 20;          ///< a log of this size is rotated
   double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait
+
+  // What the service goes by; other hosts do not.
+  ServiceInstalls serviceInstalls = ServiceInstalls::All;
+  unsigned int pollSeconds = 4 * 60 * 60;             ///< from one run to the next, at the least
+  unsigned int pollSpreadSeconds = 30 * 60;           ///< up to so many more, at random
+  std::vector<MaintenanceWindow> maintenanceWindows;  ///< when installers may start; empty: always
+  bool downloadOutsideWindows = false;
+  std::vector<std::string> deferWhileRunning;  ///< names of programs
+  unsigned int deferSeconds = 300;             ///< then it is looked whether they run still
+  unsigned int titleAttempts = 3;              ///< at a failing title, per version of its list
+  unsigned int titlePauseSeconds = 60 * 60;    ///< behind the first failure; four times behind each
 };
-
-/// Reads a configuration from JSON text; portable, no file or registry is touched.
-/// @param fileName in, for the error text. @param configuration out, complete on success only.
-/// @return an empty text on success, else one line naming file and key.
-std::string ParseConfiguration(const std::string& fileName, const std::string& json,
-                               Configuration& configuration);
-
-/// @return a configuration fit to be shown to others, as JSON text: without the session token, the
-/// queries of addresses, and keys that nobody knows. A word that says so when it is not usable.
-ZLT_API std::string ShareableConfiguration(const std::string& json);
-
-/// Which file a host reads. Pure.
-/// @param isService in, true: the variable is not followed, since what starts a service may pass on
-/// what somebody else has set. @param variable in, what the environment names, may be empty.
-/// @param machine in, what the machine's administrators have set, may be empty.
-std::wstring FileToRead(bool isService, const std::wstring& variable, const std::wstring& machine);
 
 }  // namespace refhost

@@ -2,28 +2,34 @@
 
 #include <windows.h>
 
-#include <optional>
+#include <algorithm>
+#include <atomic>
 
 #include "host/common/Text.h"
 #include "reference_host/base/FileInUse.h"
-#include "reference_host/base/Handle.h"
 #include "reference_host/configuration/Folders.h"
-#include "reference_host/files/HeldFolder.h"
-#include "reference_host/files/LongPath.h"
+#include "reference_host/configuration/Policy.h"
+#include "reference_host/configuration/TokenStore.h"
+#include "reference_host/files/SuiteFile.h"
 #include "reference_host/files/Trust.h"
 
 namespace refhost {
 
 namespace {
 
+using ZLT::String;
+
 constexpr const wchar_t* Variable = L"TOLMAR_HOST_CONFIG";
 constexpr const wchar_t* MachineKey = L"SOFTWARE\\Tolmar";
 constexpr const wchar_t* MachineValue = L"ConfigurationFile";
-constexpr LONGLONG MaxFileBytes = 1 << 20;
+constexpr std::size_t MaxFileBytes = 1 << 20;
 
+/// What was read at one time.
 struct Loaded {
-  std::optional<Configuration> configuration;
-  std::wstring error;
+  std::vector<Layer> layers;  ///< the strongest first
+  std::wstring error;         ///< empty: usable
+  Effective effective;
+  Json::Value shareable;
 };
 
 std::wstring FromEnvironment() {
@@ -41,44 +47,7 @@ std::wstring FromMachine() {
   return status == ERROR_SUCCESS ? name : L"";
 }
 
-std::wstring FullPath(const std::wstring& name) {
-  std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
-  full.resize(
-      GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
-  return full;
-}
-
-/// A host with high rights does what the file says: nobody may have written it who has not got
-/// those rights.
-bool HasHighRights() { return IsElevated() || IsService(); }
-
-/// @return an empty text on success, else what is wrong.
-std::wstring ReadWhole(const std::wstring& name, std::string& text) {
-  const std::wstring path = FullPath(name);
-  const bool isJudged = HasHighRights();
-  const DWORD flags = isJudged ? FILE_FLAG_OPEN_REPARSE_POINT : FILE_ATTRIBUTE_NORMAL;
-  const Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                OPEN_EXISTING, flags, nullptr));
-  if (!file) return L": cannot be opened (error " + std::to_wstring(GetLastError()) + L")";
-  const std::wstring refusal = isJudged ? RefusalOfFile(file.Get(), path) : L"";
-  if (!refusal.empty()) {
-    return L": is not for a host with high rights, " + refusal +
-           L" (docs/operations.md, \"Rights\", says how that is mended)";
-  }
-  LARGE_INTEGER size{};
-  if (!GetFileSizeEx(file.Get(), &size) || size.QuadPart > MaxFileBytes) {
-    return L": is larger than a configuration can be";
-  }
-  text.resize(static_cast<std::size_t>(size.QuadPart));
-  DWORD read = 0;
-  if (!ReadFile(file.Get(), text.data(), static_cast<DWORD>(text.size()), &read, nullptr)) {
-    return L": cannot be read (error " + std::to_wstring(GetLastError()) + L")";
-  }
-  text.resize(read);
-  return {};
-}
-
-/// @return what is said when no file is named.
+/// @return what is said when no file is named and the policy does not do without one.
 std::wstring NoFile() {
   const std::wstring machine = std::wstring(L"the value ") + MachineValue +
                                L" of HKEY_LOCAL_MACHINE\\" + MachineKey + L" names no file";
@@ -87,38 +56,79 @@ std::wstring NoFile() {
          L" names no file, and " + machine;
 }
 
+/// @return an empty text on success, else what is wrong.
+std::wstring ReadFileLayer(Layer& layer) {
+  const std::wstring name = ConfigurationFileName();
+  layer.name = String::UTF16ToUTF8(name.empty() ? NoFile() : name);
+  if (name.empty()) return {};
+  std::string json;
+  const std::wstring failure = ReadJudgedFile(name, MaxFileBytes, json);
+  return failure.empty() ? String::UTF8ToUTF16(ReadValues(json, layer)) : name + failure;
+}
+
+std::wstring ReadStoreLayer(Layer& layer) {
+  std::string token;
+  std::wstring failure = ReadKeptToken(token);
+  if (!token.empty()) layer.values["sessionToken"] = token;
+  return failure;
+}
+
+/// Where it can be told, which of them is to blame comes first.
+std::vector<Layer> ReadLayers(std::vector<std::wstring>& failures) {
+  std::vector<Layer> layers{
+      ReadRegistry(Source::Policy), {Source::Store, "the protected session token"}, {}};
+  for (const std::wstring& failure : {ReadFileLayer(layers[2]), ReadStoreLayer(layers[1])}) {
+    if (!failure.empty()) failures.push_back(failure);
+  }
+  Layer setup = ReadRegistry(Source::Setup);
+  if (!setup.values.empty()) layers.push_back(std::move(setup));
+  return layers;
+}
+
+bool IsNothingSet(const std::vector<Layer>& layers) {
+  return ConfigurationFileName().empty() && layers[0].values.empty() && layers.size() == 3;
+}
+
 Loaded Load() {
   Loaded loaded;
-  const std::wstring name = ConfigurationFileName();
-  if (name.empty()) {
+  std::vector<std::wstring> failures;
+  loaded.layers = ReadLayers(failures);
+  if (!failures.empty()) {
+    loaded.error = failures.front();
+  } else if (IsNothingSet(loaded.layers)) {
     loaded.error = NoFile();
-    return loaded;
+  } else {
+    loaded.error = String::UTF8ToUTF16(Combine(loaded.layers, loaded.effective));
   }
-  std::string json;
-  const std::wstring failure = ReadWhole(name, json);
-  if (!failure.empty()) {
-    loaded.error = name + failure;
-    return loaded;
-  }
-  Configuration configuration;
-  const std::string error = ParseConfiguration(ZLT::String::UTF16ToUTF8(name), json, configuration);
+  if (!loaded.error.empty()) return loaded;
+  Configuration& configuration = loaded.effective.configuration;
   if (configuration.downloadFolder.empty()) configuration.downloadFolder = DefaultDownloadFolder();
   if (configuration.logFolder.empty()) configuration.logFolder = DefaultLogFolder();
-  if (error.empty()) loaded.configuration = std::move(configuration);
-  loaded.error = ZLT::String::UTF8ToUTF16(error);
+  loaded.shareable = Shareable(loaded.effective);
   return loaded;
 }
 
-/// Once for the process: the suite's operations must agree on what they were told.
-const Loaded& TheLoaded() {
-  static const Loaded loaded = [] {
-    Loaded read = Load();
-    if (read.configuration) {
-      SetFileInUsePatience(std::chrono::seconds(read.configuration->fileInUseSeconds));
-    }
-    return read;
-  }();
-  return loaded;
+/// @return it for good: none is ever freed, since somebody may go by it still.
+const Loaded* Keep(Loaded loaded) {
+  SetFileInUsePatience(std::chrono::seconds(loaded.effective.configuration.fileInUseSeconds));
+  return new Loaded(std::move(loaded));
+}
+
+/// Once for the process, unless it is told otherwise: the suite's operations must agree on what
+/// they were told.
+std::atomic<const Loaded*>& Current() {
+  static std::atomic<const Loaded*> current{Keep(Load())};
+  return current;
+}
+
+const Loaded& TheLoaded() { return *Current().load(); }
+
+bool AreSame(const Loaded& one, const Loaded& other) {
+  return one.error == other.error &&
+         std::equal(one.layers.begin(), one.layers.end(), other.layers.begin(), other.layers.end(),
+                    [](const Layer& a, const Layer& b) {
+                      return a.name == b.name && a.values == b.values;
+                    });
 }
 
 }  // namespace
@@ -127,9 +137,19 @@ std::wstring ConfigurationFileName() {
   return FileToRead(IsService(), FromEnvironment(), FromMachine());
 }
 
+std::wstring ConfigurationOrigin() {
+  std::wstring origin;
+  for (const Layer& layer : TheLoaded().layers) {
+    if (!layer.values.empty()) {
+      origin.insert(0, String::UTF8ToUTF16(layer.name) + (origin.empty() ? L"" : L" and "));
+    }
+  }
+  return origin;
+}
+
 const Configuration* GetConfiguration() {
   const Loaded& loaded = TheLoaded();
-  return loaded.configuration ? &*loaded.configuration : nullptr;
+  return loaded.error.empty() ? &loaded.effective.configuration : nullptr;
 }
 
 const Configuration& Settings() {
@@ -138,6 +158,29 @@ const Configuration& Settings() {
   return configuration != nullptr ? *configuration : defaults;
 }
 
+bool ReloadConfiguration(std::wstring& error) {
+  const Loaded& before = TheLoaded();
+  Loaded read = Load();
+  error = read.error;
+  const bool isWorse = !read.error.empty() && before.error.empty();
+  if (isWorse || AreSame(before, read)) return false;
+  Current() = Keep(std::move(read));
+  return true;
+}
+
 const std::wstring& ConfigurationError() { return TheLoaded().error; }
+
+const Json::Value& ShareableSettings() { return TheLoaded().shareable; }
+
+std::vector<std::string> ConfigurationComplaints() {
+  std::vector<std::wstring> failures;
+  const std::vector<Layer> layers = ReadLayers(failures);
+  if (IsNothingSet(layers)) failures.push_back(NoFile());
+  std::vector<std::string> complaints;
+  for (const std::wstring& failure : failures) complaints.push_back(String::UTF16ToUTF8(failure));
+  // Of a file that cannot be read all keys are missing.
+  if (!failures.empty()) return complaints;
+  return ComplaintsOver(layers);
+}
 
 }  // namespace refhost

@@ -5,9 +5,9 @@
 
 namespace refhost {
 
-std::wstring DefaultDownloadFolder() { return ProgramDataFolder() + L"\\Tolmar\\Downloads"; }
+std::wstring DefaultDownloadFolder() { return SuiteFolder() + L"\\Downloads"; }
 
-std::wstring DefaultLogFolder() { return ProgramDataFolder() + L"\\Tolmar\\Logs"; }
+std::wstring DefaultLogFolder() { return SuiteFolder() + L"\\Logs"; }
 
 std::wstring DownloadFolder() {
   const Configuration* configuration = GetConfiguration();

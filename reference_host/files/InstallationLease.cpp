@@ -21,9 +21,6 @@ namespace {
 /// More than a record ever needs: paths have 32,767 characters at most.
 constexpr DWORD MaxRecordBytes = 256 << 10;
 
-/// Where the suite keeps what is the machine's.
-std::wstring SuiteFolder() { return ProgramDataFolder() + L"\\Tolmar"; }
-
 std::wstring FileName() { return SuiteFolder() + L"\\installation.lease"; }
 
 /// The lease, while this process has it.

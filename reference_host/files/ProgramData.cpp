@@ -18,4 +18,6 @@ const std::wstring& ProgramDataFolder() {
   return folder;
 }
 
+std::wstring SuiteFolder() { return ProgramDataFolder() + L"\\Tolmar"; }
+
 }  // namespace refhost

@@ -90,6 +90,8 @@ bool IsElevated() {
 
 bool IsService() { return SidOfThisUser() == System || IsMember(WinServiceSid); }
 
+bool HasHighRights() { return IsElevated() || IsService(); }
+
 const std::set<std::wstring>& Trusted() {
   static const std::set<std::wstring> trusted = FindTrusted();
   return trusted;

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "host/Export.h"
 #include "reference_host/files/AccessList.h"
 
 namespace refhost {
@@ -16,6 +17,10 @@ bool IsElevated();
 /// @return true when this process works for nobody who is signed in: as LocalSystem, or started by
 /// the service manager.
 bool IsService();
+
+/// @return true when this process could do what those who may write its files could not: what it
+/// goes by is judged then.
+ZLT_API bool HasHighRights();
 
 /// @return the SIDs of those who may rule over what this process goes by: Administrators, SYSTEM,
 /// TrustedInstaller, and whoever owns the Windows folder, since that one rules over everything

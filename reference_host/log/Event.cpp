@@ -6,6 +6,7 @@
 #include <chrono>
 #include <exception>
 #include <mutex>
+#include <vector>
 
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
@@ -32,8 +33,11 @@ struct Stream {
   const std::string run =
       std::to_string(UnixMilliseconds()) + "-" + std::to_string(GetCurrentProcessId());
 
+  std::vector<std::string*> recordings;
+
   void Append(const std::string& line) {
     const std::scoped_lock lock(mutex);
+    for (std::string* recording : recordings) *recording += line;
     if (IsSuiteLogKeptClosed()) return;
     if (!file.IsOpen() && !CreateFolder(LogFolder(), true).empty()) return;
     const std::wstring path = LogFolder() + L"\\" + ZLT::String::UTF8ToUTF16(EventFileName);
@@ -99,6 +103,21 @@ void Event::Write() const try {
   builder["indentation"] = "";
   TheStream().Append(Json::writeString(builder, _record) + "\n");
 } catch (const std::exception&) {
+}
+
+EventRecording::EventRecording() {
+  const std::scoped_lock lock(TheStream().mutex);
+  TheStream().recordings.push_back(&_lines);
+}
+
+EventRecording::~EventRecording() {
+  const std::scoped_lock lock(TheStream().mutex);
+  std::erase(TheStream().recordings, &_lines);
+}
+
+std::string EventRecording::Lines() const {
+  const std::scoped_lock lock(TheStream().mutex);
+  return _lines;
 }
 
 const std::string& Event::Run() { return TheStream().run; }

@@ -50,6 +50,22 @@ class ZLT_API Event {
   Json::Value _record;
 };
 
+/// Keeps a copy of the events that this process writes as long as the object lives, whether the
+/// disk takes them or not. Any thread.
+class ZLT_API EventRecording {
+ public:
+  EventRecording();
+  ~EventRecording();
+  EventRecording(const EventRecording&) = delete;
+  EventRecording& operator=(const EventRecording&) = delete;
+
+  /// @return the lines so far, as the file has them.
+  std::string Lines() const;
+
+ private:
+  std::string _lines;
+};
+
 /// Names the title that the calling thread works for, in each of that thread's events as long as
 /// the object lives. A thread that works for another one takes its name over:
 /// `EventTitle(EventTitle::Current())`, the latter on the other.

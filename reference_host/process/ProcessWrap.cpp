@@ -171,8 +171,8 @@ void WatchAside(std::shared_ptr<const Watched> watched) {
 
 /// Of the session that installers are to run in.
 refhost::SessionToken InstallersSession() {
-  return refhost::Settings().installersMeetUser ? refhost::TokenForUserSession()
-                                                : refhost::SessionToken();
+  const bool isUsers = refhost::Settings().installerSession == refhost::InstallerSession::User;
+  return isUsers ? refhost::TokenForUserSession() : refhost::SessionToken();
 }
 
 refhost::Handle Duplicate(HANDLE process) {

@@ -90,6 +90,7 @@ Lab::Lab(const std::vector<Title>& titles)
   fs::remove_all(_driveC / "lab");
   fs::create_directories(_folder);
   fs::create_directories(_driveC / "lab");
+  ClearMachine();
   StartCloud(CatalogueOf(titles));
   const std::string base = "https://localhost:" + std::to_string(_port);
   _configuration["baseUrl"] = base;
@@ -108,6 +109,12 @@ Lab::~Lab() {
   if (_cloud <= 0) return;
   kill(_cloud, SIGTERM);
   waitpid(_cloud, nullptr, 0);
+}
+
+/// What an earlier test may have left on the machine itself.
+void Lab::ClearMachine() const {
+  fs::remove(_driveC / "ProgramData" / "Tolmar" / "session.token");
+  Wine("reg delete 'HKLM\\Software\\Policies\\Tolmar' /f");
 }
 
 void Lab::StartCloud(const Json::Value& catalogue) {
@@ -189,6 +196,28 @@ void Lab::Keep(const std::string& arguments, const RunResult& result) const {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   std::ofstream(file, std::ios::app) << Json::writeString(builder, run) << "\n";
+}
+
+RunResult Lab::RunWithInput(const std::string& line, const std::string& arguments) {
+  WriteConfiguration();
+  RunResult result;
+  result.exitStatus =
+      Shell("echo '" + line + "' | timeout 60 " + Command("--json " + arguments), result.output);
+  result.errors = ReadFile(_folder / "stderr");
+  result.json = ParseText(LastLine(result.output));
+  Keep(arguments, result);
+  return result;
+}
+
+std::string Lab::Wine(const std::string& command) const {
+  std::string output;
+  Shell("timeout 60 wine " + command + " 2>&1 </dev/null", output);
+  return output;
+}
+
+void Lab::Policy(const std::string& key, const std::string& type, const std::string& data) const {
+  Wine("reg add 'HKLM\\Software\\Policies\\Tolmar' /v " + key + " /t " + type + " /d '" + data +
+       "' /f");
 }
 
 RunResult Lab::RunForPeople(const std::string& arguments, int seconds) {

@@ -47,6 +47,15 @@ class Lab {
   /// The same without --json.
   RunResult RunForPeople(const std::string& arguments, int seconds = 60);
 
+  /// Runs tolmarctl --json with a line of standard input.
+  RunResult RunWithInput(const std::string& line, const std::string& arguments);
+
+  /// Runs another program of the device, with the words of a shell. @return what it prints.
+  std::string Wine(const std::string& command) const;
+
+  /// Sets a value of the machine's policy. @param type in, REG_SZ or another of `reg add`.
+  void Policy(const std::string& key, const std::string& type, const std::string& data) const;
+
   /// The same on a terminal. @param environment in, assignments. @return what the terminal got.
   std::string RunOnTerminal(const std::string& environment, const std::string& arguments);
 
@@ -75,6 +84,7 @@ class Lab {
 
  private:
   void StartCloud(const Json::Value& catalogue);
+  void ClearMachine() const;
   std::string Command(const std::string& arguments) const;
   void WriteConfiguration() const;
   Json::Value Ask(const std::string& path);

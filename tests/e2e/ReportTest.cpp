@@ -133,7 +133,7 @@ TEST(Report, APageShowsItInABrowserAndABundleHoldsItWithoutSecrets) {
     EXPECT_TRUE(lab.LogText(name).starts_with(packed)) << name;
   }
   const std::string shown = ReadFile(folder + "/ticket/configuration.json");
-  EXPECT_TRUE(Contains(shown, "\"deviceId\" : \"PC-0001\"")) << shown;
+  EXPECT_TRUE(Contains(shown, "\"value\" : \"PC-0001\"")) << shown;
   for (const auto& entry : fs::directory_iterator(folder + "/ticket")) {
     const std::string text = ReadFile(entry.path());
     for (const char* secret : {"session-of-the-lab", "eyJ"}) {

@@ -1,6 +1,6 @@
 // The reference host's configuration file.
 
-#include "reference_host/configuration/Configuration.h"
+#include "reference_host/configuration/Layers.h"
 
 #include "host/common/Text.h"
 #include "reference_host/base/Url.h"

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tools/common/TerminalText.h"
+
 TEST(Table, ColumnsAreAlignedByWhatATerminalShows) {
   Table table({"NAME", "BYTES", "EMPTY", "STATUS"});
   EXPECT_TRUE(table.IsEmpty());

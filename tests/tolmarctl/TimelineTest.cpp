@@ -1,4 +1,4 @@
-#include "tools/tolmarctl/Timeline.h"
+#include "tools/common/Timeline.h"
 
 #include <gtest/gtest.h>
 
@@ -107,8 +107,7 @@ TEST(Timeline, KeepsRunsApartAndStandsWhateverTheFileHolds) {
   const Runs runs = timeline::Read(lines);
   ASSERT_EQ(runs.size(), 2U);
   EXPECT_EQ(runs[1].id, "2-2");
-  ASSERT_EQ(timeline::Read(lines, "2-2").size(), 1U);
-  EXPECT_EQ(timeline::Read(lines, "2-2")[0].titles.size(), 1U);
+  EXPECT_EQ(runs[1].titles.size(), 1U);
   EXPECT_EQ(timeline::AsJson(runs)[0]["titles"][0]["steps"].size(), 4U);
   EXPECT_EQ(timeline::AsText({}), "nothing has happened yet\n");
 }

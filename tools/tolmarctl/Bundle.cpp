@@ -1,10 +1,11 @@
 #include "tools/tolmarctl/Bundle.h"
 
+#include <json/writer.h>
+
 #include <cstdio>
 #include <exception>
 
 #include "host/common/Text.h"
-#include "reference_host/configuration/Configuration.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "reference_host/configuration/Folders.h"
 #include "reference_host/log/Event.h"
@@ -32,8 +33,8 @@ Sources Collect() {
   const std::vector<timeline::Run> runs = ReadRuns();
   Sources sources{{"report.html", timeline::AsPage(runs)}, {"report.txt", timeline::AsText(runs)}};
   sources.push_back({"doctor.txt", DoctorsLines()});
-  sources.push_back({"configuration.json", refhost::ShareableConfiguration(
-                                               ReadWholeFile(refhost::ConfigurationFileName()))});
+  sources.push_back({"configuration.json",
+                     Json::writeString(Json::StreamWriterBuilder(), refhost::ShareableSettings())});
   for (const char* name : {"TolmarAgent.log", "ZLT.log", refhost::EventFileName}) {
     AddLog(sources, name);
   }

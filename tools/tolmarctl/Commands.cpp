@@ -1,39 +1,20 @@
 #include "tools/tolmarctl/Commands.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
-#include "host/core/ZLTPublisherSubscriber.h"
-#include "tools/tolmarctl/Installation.h"
+#include "tools/common/AgentControl.h"
+#include "tools/common/Installation.h"
 #include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/ProgressDisplay.h"
 
 namespace {
 
-constexpr unsigned int DeviceTopic = 4;
-constexpr unsigned int DeviceConfigured = 15;
 constexpr DWORD FirstPauseMs = 1000;
 constexpr DWORD LongestPauseMs = 30000;
-
-/// A manual-reset event that lives as long as somebody may still set it.
-class Event {
- public:
-  Event() = default;
-  ~Event() { CloseHandle(_event); }
-  Event(const Event&) = delete;
-  Event& operator=(const Event&) = delete;
-
-  HANDLE Get() const { return _event; }
-  void Set() { SetEvent(_event); }
-
- private:
-  HANDLE _event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-};
 
 Outcome Entitled(TolmarAgent& agent, const Options&, HANDLE) {
   unsigned char entitled = 0;
@@ -64,7 +45,7 @@ Outcome Install(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   if (!options.json || options.progressLines) {
     display.emplace(agent, outcome.result, options.progressLines);
   }
-  outcome.code = InstallTitles(agent, outcome.result, options, cancel);
+  outcome.code = InstallTitles(agent, outcome.result, options.preinstallOnly, cancel);
   return outcome;
 }
 
@@ -82,24 +63,11 @@ bool IsPreinstallDone(const Json::Value& document) {
   });
 }
 
-/// Announces DEVICE_CONFIGURE and waits until the agent has dealt with it: the bus delivers to its
-/// subscribers one after the other, and the agent was there first.
-void Announce(HANDLE cancel) {
-  ZLTPublisherSubscriber& bus = *ZLTPublisherSubscriber::GetInstance();
-  const auto delivered = std::make_shared<Event>();
-  const std::wstring id =
-      bus.Subscribe([delivered](ZLTNotificationData&) { delivered->Set(); }, false);
-  bus.Publish(ZLTNotificationData(false, DeviceTopic, DeviceConfigured), 0);
-  const HANDLE either[] = {delivered->Get(), cancel};
-  WaitForMultipleObjects(2, either, FALSE, INFINITE);
-  bus.Unsubscribe(id);
-}
-
 /// Waits for the pre-install worker. The agent tells nobody when its worker has ended, but
 /// installations wait for each other: an empty one returns when none is running, and the check
 /// scripts tell what is installed by then. Each round asks the service, so they get rarer.
 Outcome Configure(TolmarAgent& agent, const Options& options, HANDLE cancel) {
-  Announce(cancel);
+  AnnounceConfiguration(cancel);
   Options preinstall = options;
   preinstall.preinstallOnly = true;
   for (DWORD pauseMs = FirstPauseMs;; pauseMs = std::min(2 * pauseMs, LongestPauseMs)) {

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "reference_host/causes/Causes.h"
+#include "tools/common/Titles.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
 

@@ -2,19 +2,18 @@
 // Behind windows.h, whose types it needs.
 #include <shellapi.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <optional>
-#include <thread>
 
 #include "agent/TolmarAgent.h"
-#include "host/common/EpUrlProvider.h"
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
+#include "tools/common/AgentControl.h"
 #include "tools/tolmarctl/Bundle.h"
 #include "tools/tolmarctl/CancelWatch.h"
+#include "tools/tolmarctl/Config.h"
 #include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
@@ -45,31 +44,6 @@ bool StartHost() {
   return false;
 }
 
-/// A command that only reads starts no pre-install worker: what does that is an endpoint which the
-/// agent was not told before.
-void TellEndpoint() {
-  std::wstring base, realm;
-  EpUrlProvider::GetInstance()->GetBaseUrl(base);
-  EpUrlProvider::GetInstance()->GetRealm(realm);
-  TolmarAgent::SetBaseUri(base);
-  TolmarAgent::SetRealm(realm);
-}
-
-/// The agent asks the service while it starts, with waits of many minutes when that is down, and
-/// nothing can end these.
-/// @return null when the run was cancelled before the agent had started.
-TolmarAgent* StartAgent(HANDLE cancel) {
-  static std::atomic<TolmarAgent*> agent{nullptr};
-  const HANDLE started = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  std::thread([started] {
-    agent = TolmarAgent::GetInstance();
-    SetEvent(started);
-  }).detach();
-  const HANDLE either[] = {started, cancel};
-  WaitForMultipleObjects(2, either, FALSE, INFINITE);
-  return agent;
-}
-
 /// Nothing but a query is under way while the agent starts: ending the process harms nobody.
 [[noreturn]] void EndAtStart(CancelWatch::Cause cause) {
   const bool timedOut = cause == CancelWatch::Cause::Time;
@@ -86,6 +60,7 @@ TolmarAgent* StartAgent(HANDLE cancel) {
 /// outlives the agent's work: the agent may hold it as its newest caller handle.
 /// @return nothing when the run was cancelled before the agent had started.
 std::optional<Outcome> RunWithAgent(const Options& options, CancelWatch& watch) {
+  // A command that only reads starts no pre-install worker.
   if (options.IsReadOnly()) TellEndpoint();
   TolmarAgent* const agent = StartAgent(watch.Event());
   if (agent == nullptr) return {};
@@ -118,6 +93,7 @@ int main() {
   if (options.command == "explain") return Explain(options);
   NameConfiguration(options);
   if (options.command == "doctor") return Doctor(options);
+  if (options.command.starts_with("config ")) return Config(options);
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;

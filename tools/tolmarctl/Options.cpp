@@ -73,6 +73,32 @@ void AddCommands(CLI::App& app, Options& options) {
              "end after this many seconds");
 }
 
+void AddConfig(CLI::App& app, Options& options) {
+  CLI::App* config = app.add_subcommand("config", "the host's configuration");
+  config->require_subcommand(1);
+  config->add_subcommand("show", "tell each setting and where it comes from");
+  config->add_subcommand("validate", "name every mistake, those that do no harm now too");
+  config
+      ->add_subcommand("set-token",
+                       "keep the session token, read from standard input, protected by Windows")
+      ->add_flag("--remove", options.removes, "forget the one that is kept");
+}
+
+/// Below each command stand its own examples.
+void AddExamples(CLI::App& app, const std::string& name) {
+  app.footer(ExamplesOf(name));
+  for (CLI::App* command : app.get_subcommands({})) {
+    AddExamples(*command, name.empty() ? command->get_name() : name + " " + command->get_name());
+  }
+}
+
+/// @return the names of a command and the groups that it is in.
+std::string CommandIn(const CLI::App& app) {
+  const CLI::App* command = app.get_subcommands().front();
+  if (command->get_subcommands().empty()) return command->get_name();
+  return command->get_name() + " " + CommandIn(*command);
+}
+
 }  // namespace
 
 bool Options::IsReadOnly() const {
@@ -86,9 +112,8 @@ bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exit
   app.fallthrough();  // General options may stand behind the command too.
   AddGeneral(app, options);
   AddCommands(app, options);
-  app.footer(ExamplesOf(""));
-  for (CLI::App* command : app.get_subcommands({}))
-    command->footer(ExamplesOf(command->get_name()));
+  AddConfig(app, options);
+  AddExamples(app, "");
   std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back.
   try {
     app.parse(arguments);
@@ -96,6 +121,6 @@ bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exit
     exitStatus = app.exit(error) == 0 ? 0 : 2;
     return false;
   }
-  options.command = app.get_subcommands().front()->get_name();
+  options.command = CommandIn(app);
   return true;
 }

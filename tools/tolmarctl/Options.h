@@ -6,7 +6,7 @@
 /// What the command line asks for.
 struct Options {
   std::string config;   ///< path of the host's configuration; empty: the environment names it
-  std::string command;  ///< one of the sub-commands
+  std::string command;  ///< one of the sub-commands; "config show" for one of a group
   bool json = false;
   bool quiet = false;
   bool verbose = false;
@@ -18,6 +18,7 @@ struct Options {
   bool asksChecks = true;  ///< `plan`: what is installed already
   std::string subject;     ///< what to explain
   std::string file;        ///< what to write
+  bool removes = false;    ///< `config set-token`: the one that is kept
 
   /// @return true for a command that changes nothing on the device.
   bool IsReadOnly() const;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "reference_host/process/Restart.h"
+#include "tools/common/Titles.h"
 #include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Plan.h"
@@ -22,12 +23,6 @@ std::string OnOneLine(const Json::Value& value) {
   return Json::writeString(builder, value);
 }
 
-/// @return true when the service's list has the shape that is agreed upon.
-bool IsTitle(const Json::Value& title) {
-  return title.isObject() && title["l1FruPn"].isString() && !title["name"].isObject() &&
-         !title["name"].isArray() && title["preinstallSw"].isConvertibleTo(Json::booleanValue) &&
-         title["status"].isConvertibleTo(Json::stringValue);
-}
 bool IsFile(const Json::Value& file) {
   return file.isObject() && file["name"].isString() && file["size"].isInt() &&
          file["crc"].isConvertibleTo(Json::stringValue);
@@ -131,11 +126,6 @@ void PrintText(const Options& options, const Outcome& outcome) {
 void PrintJsonLine(const Json::Value& document) {
   std::puts(OnOneLine(document).c_str());
   std::fflush(stdout);
-}
-
-std::string TextIn(const Json::Value& object, const char* name) {
-  const bool isText = object.isObject() && object[name].isString();
-  return isText ? object[name].asString() : std::string();
 }
 
 void PrintLines(const std::string& lines) {

@@ -5,9 +5,6 @@
 /// Prints a document as one line of ASCII without comments, on standard output, at once.
 void PrintJsonLine(const Json::Value& document);
 
-/// @return the text of that name, empty when it is none.
-std::string TextIn(const Json::Value& object, const char* name);
-
 /// Prints lines of UTF-8 for a person on standard output.
 void PrintLines(const std::string& lines);
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tools/tolmarctl/Table.h"
+#include "tools/common/TerminalText.h"
 
 namespace {
 

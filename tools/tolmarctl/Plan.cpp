@@ -16,6 +16,7 @@
 #include "reference_host/download/DownloadAgentOrder.h"
 #include "reference_host/files/FolderInspection.h"
 #include "reference_host/files/InstallationLease.h"
+#include "tools/common/TerminalText.h"
 #include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Table.h"
 

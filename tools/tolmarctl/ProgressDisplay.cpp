@@ -6,8 +6,8 @@
 
 #include "agent/TolmarAgent.h"
 #include "reference_host/download/Transfer.h"
+#include "tools/common/TerminalText.h"
 #include "tools/tolmarctl/Output.h"
-#include "tools/tolmarctl/Table.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/tolmarctl/Timeline.h"
+#include "tools/common/Timeline.h"
 
 namespace timeline {
 

@@ -38,10 +38,10 @@ bool WriteNewFile(const std::string& path, const std::string& bytes) {
   return false;
 }
 
-std::vector<timeline::Run> ReadRuns(const std::string& onlyRun) {
+std::vector<timeline::Run> ReadRuns() {
   const std::wstring path =
       refhost::LogFolder() + L"\\" + ZLT::String::UTF8ToUTF16(refhost::EventFileName);
-  return timeline::Read(ReadWholeFile(path + L".1") + ReadWholeFile(path), onlyRun);
+  return timeline::Read(ReadWholeFile(path + L".1") + ReadWholeFile(path));
 }
 
 int Report(const Options& options) {

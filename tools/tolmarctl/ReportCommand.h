@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/common/Timeline.h"
 #include "tools/tolmarctl/Options.h"
-#include "tools/tolmarctl/Timeline.h"
 
 /// @return the bytes of a file, empty when there is none.
 std::string ReadWholeFile(const std::wstring& path);
@@ -12,9 +12,8 @@ std::string ReadWholeFile(const std::wstring& path);
 /// Writes a file that must not be there yet; says on standard error why it could not.
 bool WriteNewFile(const std::string& path, const std::string& bytes);
 
-/// @param onlyRun in, identifier of the run that is wanted; empty: all.
 /// @return what this device's events tell.
-std::vector<timeline::Run> ReadRuns(const std::string& onlyRun = {});
+std::vector<timeline::Run> ReadRuns();
 
 /// Tells what has happened on this device: as lines, as JSON, or as the page `options.file`.
 /// @return the program's exit status.

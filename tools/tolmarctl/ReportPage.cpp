@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "reference_host/causes/Causes.h"
-#include "tools/tolmarctl/Phrases.h"
+#include "tools/common/Phrases.h"
 #include "tools/tolmarctl/Report.h"
 
 namespace timeline {

@@ -3,7 +3,7 @@
 #include <sstream>
 
 #include "reference_host/causes/Causes.h"
-#include "tools/tolmarctl/Phrases.h"
+#include "tools/common/Phrases.h"
 #include "tools/tolmarctl/Report.h"
 
 namespace timeline {

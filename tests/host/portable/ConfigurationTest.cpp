@@ -1,11 +1,14 @@
-#include "reference_host/configuration/Configuration.h"
+#include "reference_host/configuration/Layers.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using refhost::Configuration;
+using refhost::Effective;
+using refhost::Layer;
 using refhost::ParseConfiguration;
+using refhost::Source;
 
 const std::string Mandatory = R"("baseUrl":"https://localhost:8443","realm":"demo",)"
                               R"("deviceId":"PC-1","sessionToken":"s","tokenUrl":"https://t/x")";
@@ -22,7 +25,7 @@ TEST(Configuration, TakesTheMandatoryKeysAndDefaults) {
   EXPECT_TRUE(read.downloadFolder.empty());
   EXPECT_EQ(read.processTimeoutSeconds, 600U);
   EXPECT_EQ(read.maxCheckScripts, 0U);
-  EXPECT_TRUE(read.installersMeetUser);
+  EXPECT_EQ(read.installerSession, refhost::InstallerSession::User);
   EXPECT_EQ(read.retryWaitScale, 1.0);
 }
 
@@ -38,6 +41,8 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
               R"("downloadStallSeconds":9,"maxFileBytes":8589934592,"maxUnpackedBytes":1024,)"
               R"("installerSession":"service","maxCheckScripts":3,"cancelledCheckGraceSeconds":0,)"
               R"("downloadPatienceSeconds":0,"fileInUseSeconds":3,)"
+              R"("serviceInstalls":"preinstall","maintenanceWindows":["Sat,Sun 00:00-24:00"],)"
+              R"("deferWhileRunning":["present.exe"],)"
               R"("proxy":"proxy.example:8080","retryWaitScale":0.01,"trustedPublishers":[")" +
               thumbprint + "\"]"),
           read),
@@ -47,7 +52,7 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.downloadFolder, L"C:\\Data\\D\u00E4");
   EXPECT_EQ(read.logFolder, L"Z:\\l");
   EXPECT_EQ(read.processTimeoutSeconds, 7U);
-  EXPECT_FALSE(read.installersMeetUser);
+  EXPECT_EQ(read.installerSession, refhost::InstallerSession::Service);
   EXPECT_EQ(read.maxCheckScripts, 3U);
   EXPECT_EQ(read.cancelledCheckGraceSeconds, 0U);
   EXPECT_EQ(read.downloadStallSeconds, 9U);
@@ -57,6 +62,9 @@ TEST(Configuration, TakesAndNormalisesTheOptionalKeys) {
   EXPECT_EQ(read.maxUnpackedBytes, 1024U);
   EXPECT_EQ(read.logMaxBytes, 4096U);
   EXPECT_EQ(read.retryWaitScale, 0.01);
+  EXPECT_EQ(read.serviceInstalls, refhost::ServiceInstalls::Preinstall);
+  EXPECT_EQ(read.maintenanceWindows.at(0).days, 0x60U);
+  EXPECT_EQ(read.deferWhileRunning, std::vector<std::string>{"present.exe"});
   EXPECT_EQ(read.proxy, L"proxy.example:8080");
   EXPECT_EQ(read.trustedPublishers, std::vector<std::string>{std::string(64, 'a')});
 }
@@ -90,6 +98,9 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
       {WithMore(R"("maxFileBytes":9007199254740992)"), "\"maxFileBytes\" must be a whole number"},
       {WithMore(R"("maxUnpackedBytes":1023)"), "\"maxUnpackedBytes\""},
       {WithMore(R"("retryWaitScale":2)"), "\"retryWaitScale\""},
+      {WithMore(R"("serviceInstalls":"some")"), "must be \"all\", \"preinstall\" or \"none\""},
+      {WithMore(R"("maintenanceWindows":["Mon 5-6"])"), "\"maintenanceWindows\" must list times"},
+      {WithMore(R"("deferWhileRunning":["C:\\a.exe"])"), "\"deferWhileRunning\" must list names"},
       {WithMore(R"("trustedPublishers":"x")"), "\"trustedPublishers\""},
       {WithMore(R"("trustedPublishers":[1])"), "\"trustedPublishers\""},
       {WithMore(R"("trustedPublishers":["AB"])"), "\"trustedPublishers\""},
@@ -112,17 +123,123 @@ TEST(Configuration, AMistakeIsOneLineThatNamesFileAndKey) {
   }
 }
 
-TEST(Configuration, IsSharedWithoutSecretsAndWhatNobodyKnows) {
+Layer LayerOf(Source source, const std::string& json) {
+  Layer layer{source, NameOf(source)};
+  EXPECT_EQ(ReadValues(json, layer), "");
+  return layer;
+}
+
+TEST(Configuration, IsSharedWithItsSourcesAndWithoutSecrets) {
   std::string json = WithMore(R"("apiKey":"s3","logMaxBytes":4096)");
   json.replace(json.find("https://t/x"), 11, "https://t/x?key=s4");
-  const std::string shared = refhost::ShareableConfiguration(json);
-  for (const char* kept : {"[left out]", "\"https://t/x\"", "4096", "PC-1"}) {
-    EXPECT_NE(shared.find(kept), std::string::npos) << kept << shared;
+  Effective effective;
+  ASSERT_EQ(Combine({LayerOf(Source::File, json)}, effective), "");
+  const Json::Value shared = refhost::Shareable(effective);
+  std::string lines;
+  for (const Json::Value& setting : shared) {
+    lines += setting["key"].asString() + " " + setting["value"].toStyledString() + " " +
+             setting["source"].asString() + "\n";
+  }
+  for (const char* kept :
+       {"sessionToken \"[left out]\"\n file", "\"https://t/x\"", "logMaxBytes 4096\n file",
+        "pollSeconds 14400\n default", "proxy null\n default", "trustedPublishers []\n default"}) {
+    EXPECT_NE(lines.find(kept), std::string::npos) << kept << lines;
   }
   for (const char* secret : {"\"s\"", "s3", "s4", "apiKey"}) {
-    EXPECT_EQ(shared.find(secret), std::string::npos) << secret << shared;
+    EXPECT_EQ(lines.find(secret), std::string::npos) << secret << lines;
   }
-  EXPECT_EQ(refhost::ShareableConfiguration("{\"sessionToken\":\"s"), "no usable configuration\n");
+}
+
+TEST(Configuration, AStrongerLayerCoversAWeakerOneKeyByKey) {
+  const std::vector<Layer> layers{
+      LayerOf(Source::Policy, R"({"realm":"fleet","pollSeconds":900,"hobby":1})"),
+      LayerOf(Source::Store, R"({"sessionToken":"kept"})"),
+      LayerOf(Source::File, WithMore(R"("pollSeconds":"often","titleAttempts":5)"))};
+  Effective effective;
+  ASSERT_EQ(Combine(layers, effective), "");
+  EXPECT_EQ(effective.configuration.realm, "fleet");
+  EXPECT_EQ(effective.configuration.pollSeconds, 900U);
+  EXPECT_EQ(effective.configuration.sessionToken, "kept");
+  EXPECT_EQ(effective.configuration.titleAttempts, 5U);
+  EXPECT_EQ(effective.sources.at("realm"), Source::Policy);
+  EXPECT_EQ(effective.sources.at("deviceId"), Source::File);
+  EXPECT_EQ(effective.sources.count("proxy"), 0U);
+  EXPECT_EQ(refhost::ComplaintsOver(layers),
+            (std::vector<std::string>{
+                "policy: key \"hobby\" is not known",
+                "file: key \"pollSeconds\" must be a whole number from 1 to 604800"}));
+
+  const struct {
+    const char* policy;
+    const char* error;
+  } rows[] = {{R"({"sessionToken":"t"})", "policy: key \"sessionToken\" is a secret"},
+              {R"({"titleAttempts":0})", "policy: key \"titleAttempts\" must be"},
+              {R"({"realm":null})", "policy: key \"realm\" must be a text"}};
+  for (const auto& row : rows) {
+    const std::vector<Layer> with{LayerOf(Source::Policy, row.policy),
+                                  LayerOf(Source::File, "{" + Mandatory + "}")};
+    EXPECT_EQ(Combine(with, effective).find(row.error), 0U) << Combine(with, effective);
+  }
+  EXPECT_EQ(Combine({layers[0], LayerOf(Source::File, R"({"baseUrl":"https://h"})")}, effective),
+            "file: key \"deviceId\" is missing");
+}
+
+TEST(Configuration, TakesValuesAsTheRegistryHasThem) {
+  using Texts = std::vector<std::string>;
+  const struct {
+    const char* key;
+    refhost::PolicyValue value;
+    Json::Value meant;
+  } rows[] = {{"registered", 1ull, true},
+              {"registered", 2ull, Json::UInt64{2}},
+              {"registered", std::string("false"), false},
+              {"pollSeconds", 900ull, Json::UInt64{900}},
+              {"pollSeconds", std::string("900"), 900},
+              {"pollSeconds", std::string("15 min"), "15 min"},
+              {"retryWaitScale", std::string("0.5"), 0.5},
+              {"realm", std::string("7"), "7"},
+              {"realm", {}, Json::Value()},
+              {"deferWhileRunning", Texts{}, Json::Value(Json::arrayValue)},
+              {"deferWhileRunning", std::string(), Json::Value(Json::arrayValue)}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(FromPolicy(*refhost::FindKey(row.key), row.value), row.meant) << row.key;
+  }
+  const Json::Value two = FromPolicy(*refhost::FindKey("deferWhileRunning"), Texts{"a", "b"});
+  EXPECT_EQ(two[1], "b");
+}
+
+TEST(MaintenanceWindow, IsOpenByDayAndMinuteOverMidnightToo) {
+  constexpr int Noon = 12 * 60;
+  const struct {
+    const char* text;
+    int day, minute;
+    bool isOpen;
+  } rows[] = {
+      {"Mon-Fri 22:00-05:00", 0, 22 * 60, true},
+      {"Mon-Fri 22:00-05:00", 0, 22 * 60 - 1, false},
+      {"Mon-Fri 22:00-05:00", 5, 5 * 60 - 1, true},
+      {"Mon-Fri 22:00-05:00", 5, 5 * 60, false},
+      {"Mon-Fri 22:00-05:00", 0, 0, false},
+      {"Sun 22:00-05:00", 0, 0, true},
+      {"Sat,Sun 00:00-24:00", 6, 1439, true},
+      {"Sat,Sun 00:00-24:00", 0, 0, false},
+      {"Fri-Mon 11:00-13:00", 0, Noon, true},
+      {"Fri-Mon 11:00-13:00", 1, Noon, false},
+      {"11:00-13:00", 3, Noon, true},
+  };
+  for (const auto& row : rows) {
+    const auto window = refhost::ParseWindow(row.text);
+    ASSERT_TRUE(window) << row.text;
+    EXPECT_EQ(IsOpen(std::vector{*window}, row.day, row.minute), row.isOpen)
+        << row.text << " " << row.day << " " << row.minute;
+    EXPECT_EQ(TextOfWindow(*refhost::ParseWindow(TextOfWindow(*window))), TextOfWindow(*window));
+  }
+  EXPECT_TRUE(refhost::IsOpen({}, 0, 0));
+  for (const char* text : {"", "Mon", "Mon ", "mon 10:00-11:00", "Mon- 10:00-11:00", "10:00-10:00",
+                           "24:00-01:00", "10:00-24:01", "10:60-11:00", "10:00-11:00 ", "1:00-2:00",
+                           "Mon,10:00-11:00", "22:00-00:00"}) {
+    EXPECT_FALSE(refhost::ParseWindow(text)) << text;
+  }
 }
 
 TEST(Configuration, AServiceFollowsTheMachinesValueAlone) {

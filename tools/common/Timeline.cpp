@@ -1,4 +1,4 @@
-#include "tools/tolmarctl/Timeline.h"
+#include "tools/common/Timeline.h"
 
 #include <algorithm>
 #include <chrono>
@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "reference_host/causes/Causes.h"
-#include "tools/tolmarctl/Phrases.h"
+#include "tools/common/Phrases.h"
 
 namespace timeline {
 
@@ -128,12 +128,11 @@ Title& TitleFor(Run& run, const Record& event, std::int64_t time) {
 
 }  // namespace
 
-std::vector<Run> Read(const std::string& lines, const std::string& onlyRun) {
+std::vector<Run> Read(const std::string& lines) {
   std::vector<Run> runs;
   std::map<std::string, std::size_t> places;
   std::istringstream stream(lines);
   for (std::string line; std::getline(stream, line);) {
-    if (line.find(onlyRun) == std::string::npos) continue;  // quicker than to parse it
     const std::optional<Record> event = Record::Parse(line);
     const std::int64_t time = event ? TimeIn(event->Text("time")) : 0;
     if (time == 0 || event->Text("event").starts_with("installation.")) continue;

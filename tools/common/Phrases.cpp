@@ -1,4 +1,4 @@
-#include "tools/tolmarctl/Phrases.h"
+#include "tools/common/Phrases.h"
 
 #include <json/reader.h>
 
@@ -7,7 +7,7 @@
 #include <memory>
 #include <sstream>
 
-#include "tools/tolmarctl/Table.h"
+#include "tools/common/TerminalText.h"
 
 namespace timeline {
 

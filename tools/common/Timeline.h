@@ -44,9 +44,8 @@ struct Run {
 
 /// @param lines in, the events' file: a JSON object a line. Others are passed over, since a process
 /// that was killed may have left half a line.
-/// @param onlyRun in, identifier of the run that is wanted; empty: all.
 /// @return the runs in the order of their first events.
-std::vector<Run> Read(const std::string& lines, const std::string& onlyRun = {});
+std::vector<Run> Read(const std::string& lines);
 
 /// @return the cause of a title that has none by its events, by its code; empty: all went well.
 std::string CauseOf(const Title& title);

@@ -1,0 +1,185 @@
+#include "reference_host/configuration/Keys.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "host/common/Text.h"
+#include "reference_host/configuration/Values.h"
+
+namespace refhost {
+
+namespace {
+
+using C = Configuration;
+
+constexpr std::uint64_t Hour = 60 * 60;
+constexpr std::uint64_t Day = 24 * Hour;
+constexpr std::uint64_t Week = 7 * Day;
+/// Below the one no package is delivered; up to the other every JSON writer is exact.
+constexpr std::uint64_t MinSizeLimit = 1024;
+constexpr std::uint64_t MaxSizeLimit = (1ull << 53) - 1;
+
+template <auto Member, auto Read>
+void Take(const Key& key, const Json::Value& value, C& into) {
+  into.*Member = static_cast<std::remove_cvref_t<decltype(into.*Member)>>(Read(key, value));
+}
+
+Json::Value AsJson(bool flag) { return flag; }
+Json::Value AsJson(unsigned int number) { return number; }
+Json::Value AsJson(std::uint64_t number) { return Json::UInt64{number}; }
+Json::Value AsJson(double number) { return number; }
+Json::Value AsJson(const std::string& text) { return text; }
+Json::Value AsJson(const std::wstring& text) { return ZLT::String::UTF16ToUTF8(text); }
+Json::Value AsJson(const MaintenanceWindow& window) { return TextOfWindow(window); }
+
+template <typename Element>
+Json::Value AsJson(const std::vector<Element>& list) {
+  Json::Value values(Json::arrayValue);
+  for (const Element& element : list) values.append(AsJson(element));
+  return values;
+}
+
+template <auto Member>
+Json::Value Show(const C& of) {
+  return AsJson(of.*Member);
+}
+
+constexpr const char* Sessions = "user|service";
+constexpr const char* Installs = "all|preinstall|none";
+
+Json::Value ShowSession(const C& of) {
+  return WordAt(Sessions, static_cast<int>(of.installerSession));
+}
+Json::Value ShowInstalls(const C& of) {
+  return WordAt(Installs, static_cast<int>(of.serviceInstalls));
+}
+
+constexpr Key Mandatory(const char* name, const char* meaning,
+                        void (*take)(const Key&, const Json::Value&, C&),
+                        Json::Value (*show)(const C&)) {
+  return {.name = name,
+          .type = KeyType::Text,
+          .meaning = meaning,
+          .take = take,
+          .show = show,
+          .isMandatory = true};
+}
+
+template <auto Member>
+constexpr Key Number(const char* name, std::uint64_t least, std::uint64_t most,
+                     const char* meaning) {
+  return {.name = name,
+          .type = KeyType::Number,
+          .meaning = meaning,
+          .take = Take<Member, NumberOf>,
+          .show = Show<Member>,
+          .least = least,
+          .most = most};
+}
+
+template <auto Member, auto Read>
+constexpr Key Plain(const char* name, KeyType type, const char* meaning,
+                    const char* otherwise = nullptr) {
+  return {.name = name,
+          .type = type,
+          .meaning = meaning,
+          .take = Take<Member, Read>,
+          .show = Show<Member>,
+          .otherwise = otherwise};
+}
+
+constexpr Key Secret(Key key) {
+  key.isSecret = true;
+  return key;
+}
+
+constexpr Key Otherwise(Key key, const char* otherwise) {
+  key.otherwise = otherwise;
+  return key;
+}
+
+constexpr Key Table[] = {
+    Mandatory("baseUrl", "The cloud service", Take<&C::baseUrl, UrlOf>, Show<&C::baseUrl>),
+    Mandatory("realm", "Realm of the service", Take<&C::realm, TextOf>, Show<&C::realm>),
+    Mandatory("deviceId", "The device, as the service knows it", Take<&C::deviceId, TextOf>,
+              Show<&C::deviceId>),
+    Secret(Mandatory("sessionToken", "A secret; tolmarctl config set-token keeps it better",
+                     Take<&C::sessionToken, TextOf>, Show<&C::sessionToken>)),
+    Mandatory("tokenUrl", "Where the session token is exchanged", Take<&C::tokenUrl, UrlOf>,
+              Show<&C::tokenUrl>),
+    Plain<&C::registered, FlagOf>("registered", KeyType::Flag,
+                                  "Whether the device is registered with the service"),
+    Plain<&C::proxy, ProxyOf>("proxy", KeyType::Text,
+                              "Host and port; without it: the machine's settings",
+                              "the machine's settings"),
+    Plain<&C::downloadFolder, FolderOfKey>("downloadFolder", KeyType::Text,
+                                           "Deleted as a whole after every title",
+                                           "%ProgramData%\\Tolmar\\Downloads"),
+    Plain<&C::logFolder, FolderOfKey>("logFolder", KeyType::Text, "Where the logs go",
+                                      "%ProgramData%\\Tolmar\\Logs"),
+    Plain<&C::requireSignedPackages, FlagOf>("requireSignedPackages", KeyType::Flag,
+                                             "Unsigned packages are refused"),
+    Plain<&C::trustedPublishers, ThumbprintsOf>(
+        "trustedPublishers", KeyType::Texts,
+        "SHA-256 thumbprints; empty: any that the machine trusts"),
+    Number<&C::processTimeoutSeconds>("processTimeoutSeconds", 1, Day, "For a check script"),
+    Otherwise(Number<&C::maxCheckScripts>("maxCheckScripts", 1, 1000,
+                                          "At once; without it: as many as processors"),
+              "as many as processors"),
+    Number<&C::cancelledCheckGraceSeconds>("cancelledCheckGraceSeconds", 0, Hour,
+                                           "For the check after a cancelled installation"),
+    Number<&C::installerTimeoutSeconds>("installerTimeoutSeconds", 1, Day, "For an installer"),
+    {.name = "installerSession",
+     .type = KeyType::Word,
+     .meaning = "Where installers run when the host is a service",
+     .take = Take<&C::installerSession, WordOf>,
+     .show = ShowSession,
+     .words = Sessions},
+    Number<&C::leaseWaitSeconds>("leaseWaitSeconds", 0, Day, "For another process's installation"),
+    Number<&C::requestTimeoutSeconds>("requestTimeoutSeconds", 1, Hour,
+                                      "For each step of a request to the service"),
+    Number<&C::downloadStallSeconds>("downloadStallSeconds", 1, Day,
+                                     "Without a byte, a download has failed"),
+    Number<&C::downloadPatienceSeconds>("downloadPatienceSeconds", 0, Day,
+                                        "For better times: network, server, queue"),
+    Number<&C::fileInUseSeconds>("fileInUseSeconds", 0, Hour,
+                                 "For a downloaded file that another program has open"),
+    Number<&C::maxFileBytes>("maxFileBytes", MinSizeLimit, MaxSizeLimit, "Of one file"),
+    Number<&C::maxUnpackedBytes>("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, "Of one package"),
+    Number<&C::logMaxBytes>("logMaxBytes", 1024, 1u << 30, "Then a new log begins"),
+    Plain<&C::retryWaitScale, ShareOf>("retryWaitScale", KeyType::Share, "Test labs only"),
+    {.name = "serviceInstalls",
+     .type = KeyType::Word,
+     .meaning = "Which missing titles the service installs by itself",
+     .take = Take<&C::serviceInstalls, WordOf>,
+     .show = ShowInstalls,
+     .words = Installs},
+    Number<&C::pollSeconds>("pollSeconds", 1, Week,
+                            "From one run of the service to the next, at the least"),
+    Number<&C::pollSpreadSeconds>("pollSpreadSeconds", 0, Week, "Up to so many more, at random"),
+    Plain<&C::maintenanceWindows, WindowsOf>(
+        "maintenanceWindows", KeyType::Texts,
+        "When the service may start installers, by the wall clock; empty: always"),
+    Plain<&C::downloadOutsideWindows, FlagOf>("downloadOutsideWindows", KeyType::Flag,
+                                              "Packages may be fetched outside of them"),
+    Plain<&C::deferWhileRunning, ProgramsOf>("deferWhileRunning", KeyType::Texts,
+                                             "While one of these programs runs, installers wait"),
+    Number<&C::deferSeconds>("deferSeconds", 1, Day, "Then it is looked whether they still run"),
+    Number<&C::titleAttempts>("titleAttempts", 1, 100,
+                              "At a failing title; then its list must change"),
+    Number<&C::titlePauseSeconds>("titlePauseSeconds", 0, Week,
+                                  "Behind a title's first failure; four times as long behind each "
+                                  "further one"),
+};
+
+}  // namespace
+
+std::span<const Key> AllKeys() { return Table; }
+
+const Key* FindKey(const std::string& name) {
+  const auto* found = std::find_if(std::begin(Table), std::end(Table),
+                                   [&name](const Key& key) { return key.name == name; });
+  return found == std::end(Table) ? nullptr : found;
+}
+
+}  // namespace refhost
