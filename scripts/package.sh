@@ -8,13 +8,7 @@ NAME=TolmarAgent-$VERSION-windows-x64-mingw
 MSI=TolmarHost-$VERSION-x64.msi
 BOM=TolmarAgent-$VERSION.cdx.json
 PROGRAMS=(TolmarAgent.dll TolmarReferenceHost.dll TolmarHost.exe tolmarctl.exe)
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-
-# uuid TEXT: always the same for a text.
-uuid() { uuidgen --sha1 --namespace @url --name "$1" | tr '[:lower:]' '[:upper:]'; }
-
-# at_its_time COMMAND…: the clock stands still at the commit.
-at_its_time() { faketime -f "$(date -u -d "@$SOURCE_DATE_EPOCH" '+%F %T')" "$@"; }
+export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
 
 # fix FOLDER: nothing in it tells when or by whom it was made.
 fix() {
@@ -31,22 +25,6 @@ layout() {
 
 make_zip() {
   (cd "$PACKAGE" && find "$NAME" -type f | LC_ALL=C sort | TZ=UTC zip -X -q -@ "$NAME.zip")
-}
-
-# make_msi: wixl, and then what it has no words for.
-make_msi() {
-  local stage=$PACKAGE/msi query
-  mkdir -p "$stage"
-  cp -r "$PACKAGE/$NAME/bin" "$stage"
-  tail -n +1 "$PACKAGE/$NAME"/share/tolmar/licences/*.txt | sed "s|$PACKAGE/$NAME/share/tolmar/||" >"$stage/licences.txt"
-  fix "$stage"
-  # The commit is in the codes: Windows tells packages that differ from each other by them.
-  (cd "$stage" && at_its_time wixl -a x64 -D "Version=$VERSION" -D "ProductCode=$(uuid "$NAME $COMMIT product")" \
-    -o "$PACKAGE/$MSI" "$ROOT/installer/Tolmar.wxs")
-  while read -r query; do at_its_time msibuild "$PACKAGE/$MSI" -q "$query"; done <installer/tables.sql
-  at_its_time msibuild "$PACKAGE/$MSI" -i installer/MsiLockPermissionsEx.idt
-  at_its_time msibuild "$PACKAGE/$MSI" -s "Tolmar Host $VERSION" Tolmar 'x64;1033' "{$(uuid "$NAME $COMMIT package")}"
-  rm -r "$stage"
 }
 
 # debian PACKAGE: its version here.
@@ -85,7 +63,7 @@ make_bom() {
     --slurpfile tools <(tool g++-mingw-w64 g++-mingw-w64-x86-64-posix; tool binutils-mingw-w64 binutils-mingw-w64-x86-64
       tool cmake cmake; tool wixl wixl; tool zip zip) \
     --arg time "$(date -u -d "@$SOURCE_DATE_EPOCH" +%FT%TZ)" --arg version "$VERSION" --arg commit "$COMMIT" \
-    --arg serial "$(uuid "$NAME $COMMIT bom" | tr '[:upper:]' '[:lower:]')" '{
+    --arg serial "$(uuidgen --sha1 --namespace @url --name "$NAME $COMMIT")" '{
       bomFormat: "CycloneDX", specVersion: "1.5", serialNumber: "urn:uuid:\($serial)", version: 1,
       metadata: {timestamp: $time, tools: {components: $tools}, component: {type: "application", "bom-ref": "TolmarAgent",
         name: "TolmarAgent", version: $version, properties: [{name: "commit", value: $commit}]}},
@@ -101,7 +79,7 @@ COMMIT=$(git rev-parse HEAD)
 step "files" "$BUILD/log/package.log" layout
 for program in "${PROGRAMS[@]}"; do [ -f "$PACKAGE/$NAME/bin/$program" ] || die "$program is not in the package"; done
 step "zip" "$BUILD/log/zip.log" make_zip
-step "MSI" "$BUILD/log/msi.log" make_msi
+step "MSI" "$BUILD/log/msi.log" bash scripts/msi.sh "$PACKAGE/$NAME" "$VERSION" "$PACKAGE/$MSI"
 step "bill of materials" "$BUILD/log/bom.log" make_bom
 rm -r "${PACKAGE:?}/$NAME"
 sums
