@@ -14,7 +14,7 @@ install(FILES CHANGELOG.md docs/operations.md docs/packages.md docs/security.md 
 
 install(TARGETS TolmarReferenceHost EXPORT ReferenceHostTargets COMPONENT ReferenceHost)
 install(FILES reference_host/Startup.h DESTINATION include/tolmar/reference_host COMPONENT ReferenceHost)
-install(TARGETS tolmarctl COMPONENT Tools)
+install(TARGETS tolmarctl TolmarHost COMPONENT Tools)
 
 # What the DLLs need beside them. A jsoncpp that was built for the DLLs goes with them, since a host has to use that one.
 if(MSVC)

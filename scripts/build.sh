@@ -6,7 +6,7 @@
 #   soak          what ./dev soak runs under Wine                       -> build/windows/bin
 #   delivery      what ./dev bench delivery runs under Wine             -> build/windows/bin
 #   load          what ./dev bench load runs under Wine                 -> build/windows/bin
-#   cloudsim, herd, micro, load-native  one native program        -> build/native/bin
+#   cloudsim, herd, polls, micro, load-native  one native program        -> build/native/bin
 #   native        cloudsim and the tests that stand around the lab      -> build/native/bin
 #   native-all    everything that builds natively                       -> build/native/bin
 #   clang, clang-windows  everything, by the second compiler            -> build/clang/bin, build/clang-windows/bin
@@ -57,12 +57,12 @@ by_clang() {
 
 for lane in "$@"; do
   case "$lane" in
-    product) for_windows tolmarctl scriptrunner labtrust ;;
+    product) for_windows tolmarctl TolmarHost scriptrunner labtrust ;;
     windows) for_windows ;;
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;
     delivery) for_windows delivery_bench idle_host tolmarctl scriptrunner labtrust ;;
-    cloudsim | herd) native "$lane" ;;
+    cloudsim | herd | polls) native "$lane" ;;
     load) for_windows load_bench scriptrunner labtrust ;;
     micro) native micro_bench ;;
     load-native) native load_bench_native ;;
@@ -78,7 +78,8 @@ for lane in "$@"; do
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
     native) native cloudsim cloudsim_tests e2e_tests ;;
-    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests tolmarctl_tests fuzz_replay ;;
+    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests tolmarctl_tests tolmarhost_tests \
+      fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

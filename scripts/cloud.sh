@@ -3,13 +3,13 @@ NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
 CLOUD=
 CLOUD_URL=
 
-# cloud_start FOLDER REALM: serves FOLDER/catalogue.json over TLS on a free port; CLOUD_URL tells where. What it has to
+# cloud_start FOLDER REALM [OPTION…]: serves FOLDER/catalogue.json over TLS on a free port; CLOUD_URL tells where. What it has to
 # say goes to FOLDER/cloudsim.log.
 cloud_start() {
   local folder=$1 tries
   rm -f "$folder/port"
   "$NATIVE_BIN/cloudsim" --catalogue "$folder/catalogue.json" --port 0 --port-file "$folder/port" --realm "$2" \
-    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" >"$folder/cloudsim.log" 2>&1 &
+    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" "${@:3}" >"$folder/cloudsim.log" 2>&1 &
   CLOUD=$!
   for ((tries = 0; tries < 100; tries++)); do
     if [ -s "$folder/port" ]; then

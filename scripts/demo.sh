@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
-# Delivers three genuine Windows programs through the real agent DLL, over HTTPS, on this one machine.
+# Delivers three genuine Windows programs through the real agent DLL, over HTTPS, on this one machine: ./dev demo [--watch].
+# With --watch at a pace that can be followed in the simulator's console, which stays open at the end.
 source scripts/common.sh
+WATCH=${1:-}
+[ -z "$WATCH" ] || [ "$WATCH" = --watch ] || die "usage: ./dev demo [--watch]"
 DEMO=$BUILD/demo
 source scripts/lab.sh
 source scripts/cloud.sh
@@ -29,7 +32,12 @@ reset_pc() {
 
 start_cloud() {
   jq --arg token "$1" '{sessionToken: $token} + .' demo/catalogue.json >"$DEMO/cloud/catalogue.json"
-  cloud_start "$DEMO/cloud" demo
+  cloud_start "$DEMO/cloud" demo ${WATCH:+--console-port 0 --file-rate 400000}
+}
+
+# Time to look, for who watches: at most so many seconds, or until Enter.
+pause() {
+  [ -z "$WATCH" ] || read -r -t "$1" || true
 }
 
 # The session token and its like are for this run alone.
@@ -70,6 +78,7 @@ run_programs() {
 }
 
 begin() {
+  pause 3
   STEP=$1
   echo "== $1"
 }
@@ -86,6 +95,10 @@ begin "The cloud service starts"
 start_cloud "$SESSION_TOKEN"
 configure_host "$SESSION_TOKEN"
 echo "  $CLOUD_URL, $(jq '.titles | length' demo/catalogue.json) titles in its catalogue"
+if [ -n "$WATCH" ]; then
+  echo "  Watch: $(sed -n 's/^cloudsim: console at //p' "$DEMO/cloud/cloudsim.log") (Enter, or in 20 s: it goes on)"
+  pause 20
+fi
 
 begin "tolmarctl entitled"
 tolmarctl 120 --json entitled | show_entitled
@@ -128,4 +141,8 @@ TITLES=$(jq '.titles | length' demo/catalogue.json)
 INSTALLED=$(jq '[.result.swList[] | select(.status == "installed")] | length' "$DEMO/status.json")
 echo
 echo "demo: $INSTALLED of $TITLES titles installed"
+if [ -n "$WATCH" ]; then
+  echo "The console stays open until Ctrl-C."
+  wait "$CLOUD" || true
+fi
 [ "$INSTALLED" -eq "$TITLES" ] && [ "$RAN" -eq "$TITLES" ]

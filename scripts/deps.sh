@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Installs what is missing: Debian packages, those of the arguments too, and the libraries that Debian has no MinGW builds
-# of (into build/deps).
+# of (into build/deps). With --only: Debian packages, those of the arguments alone.
 source scripts/common.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
   libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode python3-jsonschema shellcheck wine wine64 xz-utils zlib1g-dev)
-PACKAGES+=("$@")
+  make ninja-build openssl osslsigncode python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
+ONLY=no
+if [ "${1:-}" = --only ]; then ONLY=yes && PACKAGES=("${@:2}"); else PACKAGES+=("$@"); fi
 DEPS=$BUILD/deps
 PREFIX=$DEPS/mingw
 LOGS=$DEPS/log
@@ -17,7 +18,7 @@ missing_packages() {
   for package in "${PACKAGES[@]}"; do
     dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed || echo "$package"
   done
-  command -v npm >/dev/null || printf 'nodejs\nnpm\n'
+  [ "$ONLY" = yes ] || command -v npm >/dev/null || printf 'nodejs\nnpm\n'
 }
 
 install_packages() {
@@ -86,4 +87,4 @@ build_libraries() {
 }
 
 install_packages
-build_libraries
+[ "$ONLY" = yes ] || build_libraries

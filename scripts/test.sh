@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs the tests: ./dev test [--unit] [--filter GTEST_FILTER], or ./dev test --lint. Last line: N passed, N failed.
 source scripts/common.sh
+source scripts/npm.sh
 unit_only=no
 lint_only=no
 filter='*'
@@ -103,6 +104,7 @@ check "format" bash scripts/format.sh --check
 [ "$unit_only" = yes ] || check "clang-tidy" bash scripts/lint.sh tidy
 check "behaviour table" bash scripts/behaviour.sh
 check "who includes whom" bash scripts/includes.sh
+check "service's description" npm_tool redocly lint docs/protocol.yaml --config docs/redocly.yaml
 check "exported names" exports_are_the_api
 check "README's example" readme_shows_the_example
 check "version resource" version_resource_is_current
@@ -116,7 +118,10 @@ suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
 suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
+suite "service, portable" "$BUILD/asan/bin/tolmarhost_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
+
+check "conformance" bash tests/conform/run.sh
 
 echo "Windows lane"
 bin=$BUILD/windows/bin
@@ -134,17 +139,24 @@ beyond_wine+=:DownloadAgentTest.AJobThatADeadProcessHasLeftIsOutOfTheWay
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
 suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
+suite "service, portable, on Wine" lab_wine 120 "$bin/tolmarhost_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"
-  bash scripts/deps.sh chromium  # looks at the report's page
+  bash scripts/deps.sh chromium  # looks at the report's page and the console
+  npm_packages
   source tests/e2e/fixtures.sh
   e2e_fixtures "$BUILD/e2e"
   runs=$BUILD/e2e/runs.jsonl
-  rm -f "$runs"
-  suite "agent, host, cloud" env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "E2E_RUNS=$runs" "$BUILD/native/bin/e2e_tests"
+  exchanges=$BUILD/e2e/exchanges.jsonl
+  rm -f "$runs" "$exchanges"
+  suite "agent, host, cloud" env "NODE_PATH=$NPM/node_modules" "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "E2E_RUNS=$runs" \
+    "E2E_EXCHANGES=$exchanges" "$BUILD/native/bin/e2e_tests"
   # Debian's own Python, which has Debian's modules. Of some tests alone not every schema has an output.
-  [ "$filter" != '*' ] || check "schemas" /usr/bin/python3 tests/schema/check.py "$runs"
+  if [ "$filter" = '*' ]; then
+    check "schemas" /usr/bin/python3 tests/schema/check.py "$runs"
+    check "service's description, exchanges" /usr/bin/python3 tests/schema/exchanges.py "$exchanges"
+  fi
   check "installed package's example" bash scripts/installed.sh example
 fi
 

@@ -21,12 +21,12 @@ struct Configuration {
   std::string deviceId;
   std::string sessionToken;
   std::string tokenUrl;
+  std::wstring proxy;                          ///< host and port; empty: the machine's settings
+  std::wstring downloadFolder;                 ///< no trailing backslash; Folders.h has the default
+  std::wstring logFolder;                      ///< no trailing backslash; Folders.h has the default
+  std::vector<std::string> trustedPublishers;  ///< SHA-256 thumbprints, 64 lower-case hex digits
   bool registered = true;
-  std::wstring proxy;           ///< host and port; empty: the machine's settings
-  std::wstring downloadFolder;  ///< no trailing backslash; Folders.h has the default
-  std::wstring logFolder;       ///< no trailing backslash; Folders.h has the default
   bool requireSignedPackages = true;
-  std::vector<std::string> trustedPublishers;    ///< SHA-256 thumbprints, 64 lower-case hex digits
   unsigned int processTimeoutSeconds = 600;      ///< for programs that are run to their end
   unsigned int maxCheckScripts = 0;              ///< at once; 0: as many as processors
   unsigned int cancelledCheckGraceSeconds = 10;  ///< for a check that begins after the cancel event
@@ -43,15 +43,15 @@ struct Configuration {
   double retryWaitScale = 1.0;                  ///< test labs only: shortens every retry wait
 
   // What the service goes by; other hosts do not.
-  ServiceInstalls serviceInstalls = ServiceInstalls::All;
-  unsigned int pollSeconds = 4 * 60 * 60;             ///< from one run to the next, at the least
-  unsigned int pollSpreadSeconds = 30 * 60;           ///< up to so many more, at random
   std::vector<MaintenanceWindow> maintenanceWindows;  ///< when installers may start; empty: always
+  std::vector<std::string> deferWhileRunning;         ///< names of programs
   bool downloadOutsideWindows = false;
-  std::vector<std::string> deferWhileRunning;  ///< names of programs
-  unsigned int deferSeconds = 300;             ///< then it is looked whether they run still
-  unsigned int titleAttempts = 3;              ///< at a failing title, per version of its list
-  unsigned int titlePauseSeconds = 60 * 60;    ///< behind the first failure; four times behind each
+  ServiceInstalls serviceInstalls = ServiceInstalls::All;
+  unsigned int pollSeconds = 4 * 60 * 60;    ///< from one run to the next, at the least
+  unsigned int pollSpreadSeconds = 30 * 60;  ///< up to so many more, at random
+  unsigned int deferSeconds = 300;           ///< then it is looked whether they run still
+  unsigned int titleAttempts = 3;            ///< at a failing title, per version of its list
+  unsigned int titlePauseSeconds = 60 * 60;  ///< behind the first failure; four times behind each
 };
 
 }  // namespace refhost

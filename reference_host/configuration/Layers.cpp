@@ -58,7 +58,7 @@ Json::Value Meant(const std::string& text) {
 
 Json::Value Shared(const Key& key, const Effective& effective) {
   if (key.isSecret) return "[left out]";
-  const Json::Value value = key.show(effective.configuration);
+  Json::Value value = key.show(effective.configuration);
   const bool isUnset = effective.sources.count(key.name) == 0 && key.otherwise != nullptr;
   if (isUnset && (value.empty() || value == Json::Value("") || value == Json::Value(0u))) {
     return Json::Value::nullSingleton();

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "host/Export.h"
+
 namespace refhost {
 
 /// A time of the week that comes again every week, by the wall clock. It belongs to the day that it
@@ -16,13 +18,13 @@ struct MaintenanceWindow {
 
 /// @param text in, as "Mon-Fri 22:00-05:00", "Sat,Sun 00:00-24:00" or "22:00-05:00" (every day).
 /// @return nothing when it is no such text.
-std::optional<MaintenanceWindow> ParseWindow(const std::string& text);
+ZLT_API std::optional<MaintenanceWindow> ParseWindow(const std::string& text);
 
 /// @return the text that `ParseWindow` takes, its days one by one.
 std::string TextOfWindow(const MaintenanceWindow& window);
 
 /// @param day in, 0 Monday to 6 Sunday. @param minute in, of that day.
 /// @return true when one of the windows is open then; without any there is no time that is shut.
-bool IsOpen(const std::vector<MaintenanceWindow>& windows, int day, int minute);
+ZLT_API bool IsOpen(const std::vector<MaintenanceWindow>& windows, int day, int minute);
 
 }  // namespace refhost

@@ -23,7 +23,7 @@ struct Check {
 
 Finding ExamineConfiguration(const Questions&) {
   if (GetConfiguration() != nullptr) {
-    return {"", Health::Ok, ZLT::String::UTF16ToUTF8(ConfigurationFileName()), ""};
+    return {"", Health::Ok, ZLT::String::UTF16ToUTF8(ConfigurationOrigin()), ""};
   }
   return {"", Health::Fail, ZLT::String::UTF16ToUTF8(ConfigurationError()),
           "Name a file by --config or TOLMAR_HOST_CONFIG; docs/operations.md lists its keys."};

@@ -106,6 +106,16 @@ TEST(Delivery, DeviceConfigureAsksAgainAndInstallsPreinstallTitles) {
   EXPECT_NE(lab.LogText("ZLT.log").find("topicID: 4, eventState: 15"), std::string::npos);
 }
 
+TEST(Delivery, AQuoteInAPartNumberIsSentAsItStandsAndRefused) {
+  Lab lab({{"quo\"ted", false, {"alpha"}}, {"beta"}});
+  const RunResult run = lab.Run("install");
+  EXPECT_EQ(CauseOf(run, "quo\"ted"), "reply.http") << run.output;
+  EXPECT_EQ(StatusOf(run, "beta"), "installed");
+  EXPECT_EQ(
+      lab.Received("downloadRequest")[0]["rawBody"].asString(),
+      R"({"type":"downloadRequest","parameters": { "deviceId":"PC-0001","l1FruPn":"T-quo"ted","moduleFruPn":"M-alpha"}})");
+}
+
 TEST(Delivery, LogsHoldNoSecrets) {
   Lab lab({{"alpha"}, {"beta"}});
   for (const char* fault : {R"({"on":"token","call":1,"status":503})",

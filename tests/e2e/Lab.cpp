@@ -59,6 +59,15 @@ int Shell(const std::string& command, std::string& output) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// Adds a line to the file that an environment variable names; without it, nothing.
+void Append(const char* variable, const Json::Value& value) {
+  const char* file = std::getenv(variable);
+  if (file == nullptr || *file == '\0') return;
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  std::ofstream(file, std::ios::app) << Json::writeString(builder, value) << "\n";
+}
+
 Json::Value CatalogueOf(const std::vector<Title>& titles) {
   Json::Value catalogue;
   catalogue["sessionToken"] = "session-of-the-lab";
@@ -82,7 +91,7 @@ Json::Value CatalogueOf(const std::vector<Title>& titles) {
 
 }  // namespace
 
-Lab::Lab(const std::vector<Title>& titles)
+Lab::Lab(const std::vector<Title>& titles, const std::vector<std::string>& options)
     : _fixtures(Environment("E2E_FOLDER")),
       _driveC(fs::path(Environment("WINEPREFIX")) / "drive_c"),
       _folder(_fixtures / "run") {
@@ -91,7 +100,7 @@ Lab::Lab(const std::vector<Title>& titles)
   fs::create_directories(_folder);
   fs::create_directories(_driveC / "lab");
   ClearMachine();
-  StartCloud(CatalogueOf(titles));
+  StartCloud(CatalogueOf(titles), options);
   const std::string base = "https://localhost:" + std::to_string(_port);
   _configuration["baseUrl"] = base;
   _configuration["realm"] = "lab";
@@ -107,32 +116,36 @@ Lab::Lab(const std::vector<Title>& titles)
 
 Lab::~Lab() {
   if (_cloud <= 0) return;
+  KeepExchanges();
   kill(_cloud, SIGTERM);
   waitpid(_cloud, nullptr, 0);
 }
 
 /// What an earlier test may have left on the machine itself.
 void Lab::ClearMachine() const {
-  fs::remove(_driveC / "ProgramData" / "Tolmar" / "session.token");
+  for (const char* name : {"session.token", "service.json"}) {
+    fs::remove(_driveC / "ProgramData" / "Tolmar" / name);
+  }
   Wine("reg delete 'HKLM\\Software\\Policies\\Tolmar' /f");
 }
 
-void Lab::StartCloud(const Json::Value& catalogue) {
+void Lab::StartCloud(const Json::Value& catalogue, const std::vector<std::string>& options) {
   const fs::path portFile = _folder / "port";
   WriteFile(_fixtures / "catalogue.json",
             Json::writeString(Json::StreamWriterBuilder(), catalogue));
   const std::string pki = (_fixtures.parent_path() / "lab" / "pki").string();
-  const std::vector<std::string> words{CLOUDSIM_PROGRAM,
-                                       "--catalogue",
-                                       (_fixtures / "catalogue.json").string(),
-                                       "--port",
-                                       "0",
-                                       "--port-file",
-                                       portFile.string(),
-                                       "--tls-cert",
-                                       pki + "/tls.crt",
-                                       "--tls-key",
-                                       pki + "/tls.key"};
+  std::vector<std::string> words{CLOUDSIM_PROGRAM,
+                                 "--catalogue",
+                                 (_fixtures / "catalogue.json").string(),
+                                 "--port",
+                                 "0",
+                                 "--port-file",
+                                 portFile.string(),
+                                 "--tls-cert",
+                                 pki + "/tls.crt",
+                                 "--tls-key",
+                                 pki + "/tls.key"};
+  words.insert(words.end(), options.begin(), options.end());
   std::fflush(stdout);  // else the child prints it a second time
   _cloud = fork();
   if (_cloud == 0) {
@@ -185,17 +198,17 @@ RunResult Lab::Run(const std::string& arguments, int seconds) {
 }
 
 void Lab::Keep(const std::string& arguments, const RunResult& result) const {
-  const char* file = std::getenv("E2E_RUNS");
-  if (file == nullptr || *file == '\0') return;
   Json::Value run;
   run["arguments"] = arguments;
   run["exitStatus"] = result.exitStatus;
   run["output"] = result.output;
   run["errors"] = result.errors;
   run["configuration"] = _configuration;
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = "";
-  std::ofstream(file, std::ios::app) << Json::writeString(builder, run) << "\n";
+  Append("E2E_RUNS", run);
+}
+
+void Lab::KeepExchanges() {
+  for (const Json::Value& exchange : Ask("/received")) Append("E2E_EXCHANGES", exchange);
 }
 
 RunResult Lab::RunWithInput(const std::string& line, const std::string& arguments) {

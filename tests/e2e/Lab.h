@@ -30,7 +30,8 @@ struct Title {
 /// downloads.
 class Lab {
  public:
-  explicit Lab(const std::vector<Title>& titles);
+  /// @param options in, further ones of the simulator.
+  explicit Lab(const std::vector<Title>& titles, const std::vector<std::string>& options = {});
   ~Lab();
   Lab(const Lab&) = delete;
   Lab& operator=(const Lab&) = delete;
@@ -50,6 +51,9 @@ class Lab {
   /// Runs tolmarctl --json with a line of standard input.
   RunResult RunWithInput(const std::string& line, const std::string& arguments);
 
+  /// Writes the device's configuration as it is now; the runs do so themselves.
+  void WriteConfiguration() const;
+
   /// Runs another program of the device, with the words of a shell. @return what it prints.
   std::string Wine(const std::string& command) const;
 
@@ -58,6 +62,10 @@ class Lab {
 
   /// The same on a terminal. @param environment in, assignments. @return what the terminal got.
   std::string RunOnTerminal(const std::string& environment, const std::string& arguments);
+
+  /// Adds what the simulator received and answered to the file that E2E_EXCHANGES names, for
+  /// tests/schema/exchanges.py.
+  void KeepExchanges();
 
   /// Adds the run to the file that E2E_RUNS names, for tests/schema/check.py.
   void Keep(const std::string& arguments, const RunResult& result) const;
@@ -78,15 +86,15 @@ class Lab {
 
   bool IsInstalled(const std::string& title) const;
   std::filesystem::path DriveC() const { return _driveC; }
+  std::string CloudUrl() const { return _configuration["baseUrl"].asString(); }
 
   /// @return what the registry holds as "Entitled": "0x1", "0x0", or empty.
   std::string EntitledValue() const;
 
  private:
-  void StartCloud(const Json::Value& catalogue);
+  void StartCloud(const Json::Value& catalogue, const std::vector<std::string>& options);
   void ClearMachine() const;
   std::string Command(const std::string& arguments) const;
-  void WriteConfiguration() const;
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;

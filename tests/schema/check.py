@@ -3,12 +3,13 @@
 RUNS.jsonl has an object for each run of tolmarctl --json, and for events (tests/e2e/Lab.cpp). Also: every schema has seen an output and
 refuses it once a field is lost, retyped or added. That the configuration's schema has the host's keys says KeysTest.
 """
-import copy
 import json
 import pathlib
 import sys
 
 from jsonschema import Draft202012Validator, RefResolver
+
+from alterations import alterations
 
 SCHEMAS = {path.stem: json.loads(path.read_text()) for path in pathlib.Path("docs/schema").glob("*.json")}
 STORE = {schema["$id"]: schema for schema in SCHEMAS.values()}
@@ -17,7 +18,8 @@ TITLE = {"name", "preinstallSw"}
 MAY_LACK = {"list": TITLE, "status": TITLE | {"progress"}, "configure": TITLE | {"progress"},
             "install": TITLE | {"restart", "cause", "why", "installerOutput"}, "progress": {"bytesPerSecond", "secondsLeft"},
             "plan": {"lease", "refusal"}, "doctor": set(), "explain": set(), "files": set(), "entitled": set(),
-            "run": set(), "config-show": set(), "config-validate": set(), "config-set-token": set(), "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
+            "run": set(), "config-show": set(), "config-validate": set(), "config-set-token": set(), "service-status": {"nextRun", "lastRun", "ended", "cause", "tried", "again", "code", "why", "lease"},
+            "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
             "events": {"title", "name", "status", "cause", "reason", "publisher", "thumbprint", "script", "exitCode", "ms",
                        "output", "waitMs"}}
 # Of which no type is wrong.
@@ -29,36 +31,6 @@ def errors(name, document):
     schema = SCHEMAS[name]
     return [f"{error.json_path}: {error.message[:200]}" for error in
             Draft202012Validator(schema, resolver=RefResolver("", schema, STORE)).iter_errors(document)]
-
-
-def objects(document, path="$"):
-    """Each object in the document, with its place."""
-    if isinstance(document, dict):
-        yield path, document
-    members = document.items() if isinstance(document, dict) else enumerate(document)
-    for key, value in members:
-        if isinstance(value, (dict, list)):
-            yield from objects(value, f"{path}.{key}")
-
-
-def alterations(document, may_lack, any_type=()):
-    """Copies with one thing wrong each, and what it is."""
-    for number, (path, place) in enumerate(objects(document)):
-        for key in [*place, None]:
-            for change in ["added"] if key is None else ["lost", "retyped"]:
-                copied = copy.deepcopy(document)
-                target = list(objects(copied))[number][1]
-                if change == "added":
-                    target["unheardOf"] = 1
-                elif change == "retyped" and key in any_type:
-                    continue
-                elif change == "retyped":
-                    target[key] = 7 if isinstance(target[key], (str, dict)) else "7"
-                elif key in may_lack:
-                    continue
-                else:
-                    del target[key]
-                yield f"{path}.{key} {change}", copied
 
 
 def documents(run):

@@ -43,7 +43,8 @@ Json::Value Entitlement(const Catalogue& catalogue, bool entitled) {
   return answer;
 }
 
-Json::Value FileList(const CatalogueModule& module, SignedUrls& urls, bool expiredUrls) {
+Json::Value FileList(const CatalogueModule& module, const std::string& deviceId, SignedUrls& urls,
+                     bool expiredUrls) {
   Json::Value answer = BareAnswer(0);
   Json::Value& list = answer["result"]["fileList"] = Json::arrayValue;
   for (const CatalogueFile& file : module.files) {
@@ -51,7 +52,7 @@ Json::Value FileList(const CatalogueModule& module, SignedUrls& urls, bool expir
     element["name"] = file.name;
     element["crc"] = file.crc;
     element["size"] = static_cast<Json::UInt64>(file.size);
-    element["downloadUrl"] = urls.Make(file.urlPath, expiredUrls);
+    element["downloadUrl"] = urls.Make(file.urlPath, deviceId, expiredUrls);
     list.append(element);
   }
   return answer;
@@ -87,7 +88,7 @@ Json::Value AnswerTo(const ServiceRequest& request, const Catalogue& catalogue, 
                                                        TextOf(request.parameters, "moduleFruPn"));
   // To a device without entitlement no module is known.
   if (!entitled || module == nullptr) return BareAnswer(UnknownModule);
-  return FileList(*module, urls, expiredUrls);
+  return FileList(*module, request.deviceId, urls, expiredUrls);
 }
 
 Json::Value BareAnswer(int code) {

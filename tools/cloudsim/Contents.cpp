@@ -63,6 +63,18 @@ Contents BrokenAfter(Contents contents, std::uint64_t bytes) {
   return contents;
 }
 
+Contents PacedAt(Contents contents, std::uint64_t bytesPerSecond,
+                 std::function<void(std::chrono::milliseconds)> wait) {
+  constexpr std::uint64_t PiecesPerSecond = 10;
+  const std::uint64_t piece = std::max<std::uint64_t>(1, bytesPerSecond / PiecesPerSecond);
+  contents.provider = [whole = std::move(contents.provider), piece, wait = std::move(wait)](
+                          std::size_t at, std::size_t count, httplib::DataSink& sink) {
+    wait(std::chrono::milliseconds(1000 / PiecesPerSecond));
+    return whole(at, std::min<std::size_t>(count, piece), sink);
+  };
+  return contents;
+}
+
 void Fill(httplib::Response& response, int status, const Contents& contents) {
   response.status = status;
   if (contents.length == 0) {

@@ -2,7 +2,9 @@
 
 #include <httplib.h>
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -27,6 +29,11 @@ Contents TextContents(std::string text, std::string mediaType);
 /// @return `contents` whose connection breaks after `bytes` bytes, the length still announced
 /// whole.
 Contents BrokenAfter(Contents contents, std::uint64_t bytes);
+
+/// @return `contents` that leave no quicker than so many bytes a second.
+/// @param wait in, blocks for a time; may return earlier.
+Contents PacedAt(Contents contents, std::uint64_t bytesPerSecond,
+                 std::function<void(std::chrono::milliseconds)> wait);
 
 /// Puts status and body into the response; a body without a byte included.
 void Fill(httplib::Response& response, int status, const Contents& contents);

@@ -75,6 +75,13 @@ void ReadKind(const JsonNode& node, Fault& fault) {
   }
 }
 
+bool IsFor(const Fault& fault, const std::string& on, std::int64_t call) {
+  if (fault.on != on) return false;
+  return fault.call == 0 || (call >= fault.call && call < fault.call + fault.count);
+}
+
+}  // namespace
+
 Fault ReadFault(const JsonNode& node, const std::function<bool(const std::string&)>& isFile) {
   node.RequireOnly({"on", "call", "count", "status", "delayMs", "dropAfter", "garbage",
                     "resultCode", "expired", "reply"});
@@ -89,12 +96,24 @@ Fault ReadFault(const JsonNode& node, const std::function<bool(const std::string
   return fault;
 }
 
-bool IsFor(const Fault& fault, const std::string& on, std::int64_t call) {
-  if (fault.on != on) return false;
-  return fault.call == 0 || (call >= fault.call && call < fault.call + fault.count);
+const char* NameOf(FaultKind kind) {
+  for (const KindRow& row : KindRows) {
+    if (row.kind == kind) return row.key;
+  }
+  return "reply";
 }
 
-}  // namespace
+Json::Value ToJson(const Fault& fault) {
+  Json::Value value;
+  value["on"] = fault.on;
+  if (fault.call != 0) value["call"] = fault.call;
+  if (fault.count != 1) value["count"] = fault.count;
+  const bool isFlag = fault.Is(FaultKind::Garbage) || fault.Is(FaultKind::Expired);
+  Json::Value& kind = value[NameOf(fault.kind)];
+  kind = isFlag ? Json::Value(true) : Json::Value(Json::Int64{fault.value});
+  if (fault.Is(FaultKind::Reply)) kind = "";
+  return value;
+}
 
 FaultList ReadFaults(const JsonNode& array, const std::function<bool(const std::string&)>& isFile) {
   FaultList list;
@@ -108,6 +127,17 @@ void Faults::Replace(FaultList list) {
   const std::scoped_lock lock(_mutex);
   _list.swap(list);
   _calls.clear();
+}
+
+void Faults::Switch(const Fault& fault, bool active) {
+  const std::scoped_lock lock(_mutex);
+  std::erase(_list, fault);
+  if (active) _list.insert(_list.begin(), fault);
+}
+
+FaultList Faults::List() const {
+  const std::scoped_lock lock(_mutex);
+  return _list;
 }
 
 std::optional<Fault> Faults::Next(const std::string& on) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <json/value.h>
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -24,9 +26,19 @@ struct Fault {
   std::string reply{};     ///< body of the answer, for that kind
 
   bool Is(FaultKind wanted) const { return kind == wanted; }
+  bool operator==(const Fault&) const = default;
 };
 
 using FaultList = std::vector<Fault>;
+
+/// @return the key that orders such a fault.
+const char* NameOf(FaultKind kind);
+
+/// @return the fault as documents have it; of a reply without its text, which may hold anything.
+Json::Value ToJson(const Fault& fault);
+
+/// @param isFile in, as for ReadFaults. @throws DocumentError naming the key at fault.
+Fault ReadFault(const JsonNode& node, const std::function<bool(const std::string&)>& isFile);
 
 /// @param array in, the fault list of a document. @param isFile in, tells whether the catalogue has
 /// a file of this name: a fault for any other would never come about.
@@ -41,11 +53,16 @@ class Faults {
   /// Replaces the list; calls are counted from here on.
   void Replace(FaultList list);
 
+  /// Puts a fault in front of all others, or takes it out. Calls are counted on.
+  void Switch(const Fault& fault, bool active);
+
+  FaultList List() const;
+
   /// Counts one call of `on`. @return the first fault in the list that is for this call.
   std::optional<Fault> Next(const std::string& on);
 
  private:
-  std::mutex _mutex;
+  mutable std::mutex _mutex;
   FaultList _list;
   std::map<std::string, std::int64_t> _calls;
 };

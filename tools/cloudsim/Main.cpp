@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 #include "tools/cloudsim/Catalogue.h"
@@ -52,9 +53,11 @@ void WritePortFile(const std::string& fileName, int port) {
   std::filesystem::rename(draft, fileName);
 }
 
-void Announce(const Options& options, const std::string& base, int port) {
+void Announce(const Options& options, const std::string& base, int port,
+              const std::optional<Listeners>& console) {
   if (!options.portFile.empty()) WritePortFile(options.portFile, port);
   std::printf("cloudsim: listening on %s\n", base.c_str());
+  if (console) std::printf("cloudsim: console at http://localhost:%d/\n", console->Port());
   std::fflush(stdout);
 }
 
@@ -75,16 +78,24 @@ void Serve(const Options& options, Offer offer) {
   const std::string base = scheme + "://localhost:" + std::to_string(listeners.Port());
   Service service(
       std::move(offer.catalogue), std::move(offer.faults), options.realm, base,
-      {std::chrono::seconds(options.jwtSeconds), std::chrono::seconds(options.urlSeconds)});
+      {std::chrono::seconds(options.jwtSeconds), std::chrono::seconds(options.urlSeconds)},
+      options.fileRate);
   for (const auto& server : listeners.Servers()) service.Register(*server);
+  std::optional<Listeners> console;
+  if (options.consolePort >= 0) {
+    console.emplace(TlsFiles{}, options.consolePort);
+    for (const auto& server : console->Servers()) service.RegisterControl(*server);
+  }
   // Connections already queue up; and nothing behind this can fail, which would leave threads.
-  Announce(options, base, listeners.Port());
+  Announce(options, base, listeners.Port(), console);
   listeners.Start();
+  if (console) console->Start();
   int received = 0;
   sigwait(&signals, &received);
   service.Stop();
   // Threads that sit on idle connections hold nothing that needs an orderly end.
-  if (!listeners.Stop()) std::_Exit(EXIT_SUCCESS);
+  const bool hasEnded = !console || console->Stop();
+  if (!listeners.Stop() || !hasEnded) std::_Exit(EXIT_SUCCESS);
 }
 
 }  // namespace

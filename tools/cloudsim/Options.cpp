@@ -27,6 +27,12 @@ void AddAll(CLI::App& app, Options& options) {
   app.add_option("--url-seconds", options.urlSeconds, "how long a file's address is in force")
       ->check(CLI::Range(0, MaxSeconds))
       ->capture_default_str();
+  app.add_option("--file-rate", options.fileRate,
+                 "bytes a second that each file is sent with (0: as quick as it goes)")
+      ->capture_default_str();
+  app.add_option("--console-port", options.consolePort,
+                 "port for the console without TLS as well (0: a free one)")
+      ->check(CLI::Range(0, 65535));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "tools/cloudsim/Listeners.h"
@@ -14,6 +15,8 @@ struct Options {
   std::string realm = "demo";
   int jwtSeconds = 3600;
   int urlSeconds = 300;
+  std::uint64_t fileRate = 0;
+  int consolePort = -1;  ///< none of its own
 };
 
 /// Reads the command line. Prints help or the error itself.

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <ctime>
 #include <string_view>
+#include <utility>
 
 #include "tools/cloudsim/JsonNode.h"
 
@@ -38,10 +39,15 @@ Json::Value ToJson(const Exchange& exchange, std::uint64_t number) {
   entry["type"] = exchange.type;
   entry["status"] = exchange.status;
   entry["authorised"] = exchange.authorised;
-  if (exchange.rawBody) {
-    entry["rawBody"] = *exchange.rawBody;
-  } else if (!exchange.body.isNull()) {
-    entry["body"] = exchange.body;
+  if (!exchange.fault.empty()) entry["fault"] = exchange.fault;
+  if (exchange.rawBody) entry["rawBody"] = *exchange.rawBody;
+  const std::pair<const char*, const Json::Value*> parts[] = {
+      {"headers", &exchange.headers},
+      {"body", &exchange.body},
+      {"replyHeaders", &exchange.replyHeaders},
+      {"reply", &exchange.reply}};
+  for (const auto& [name, part] : parts) {
+    if (!part->isNull()) entry[name] = *part;
   }
   return entry;
 }
@@ -61,6 +67,19 @@ std::string WithoutSignature(const std::string& query) {
   return kept;
 }
 
+Json::Value WithoutSecrets(Json::Value reply) {
+  if (!reply.isObject()) return reply;
+  if (reply.isMember("jwt")) reply["jwt"] = "";
+  if (!reply.isMember("result") || !reply["result"].isMember("fileList")) return reply;
+  for (Json::Value& file : reply["result"]["fileList"]) {
+    const std::string url = file["downloadUrl"].asString();
+    const std::size_t mark = url.find('?');
+    if (mark == std::string::npos) continue;
+    file["downloadUrl"] = url.substr(0, mark + 1) + WithoutSignature(url.substr(mark + 1));
+  }
+  return reply;
+}
+
 void Received::Add(const Exchange& exchange) {
   const std::scoped_lock lock(_mutex);
   _entries.push_back(CompactText(ToJson(exchange, ++_number)));
@@ -78,12 +97,19 @@ void Received::Clear() {
   _number = 0;
 }
 
-std::string Received::Text() const {
+std::uint64_t Received::Last() const {
   const std::scoped_lock lock(_mutex);
+  return _number;
+}
+
+std::string Received::Text(std::uint64_t since, std::size_t most) const {
+  const std::scoped_lock lock(_mutex);
+  const std::uint64_t forgotten = _number - _entries.size();
+  std::size_t at = since > forgotten ? std::min(since, _number) - forgotten : 0;
   std::string text = "[";
-  for (const std::string& entry : _entries) {
+  for (; at < _entries.size() && most > 0; ++at, --most) {
     text += text.size() == 1 ? "\n" : ",\n";
-    text += entry;
+    text += _entries[at];
   }
   return text + "\n]\n";
 }

@@ -9,27 +9,33 @@
 #include "tools/cloudsim/RequestTypes.h"
 
 namespace cloudsim {
-
-/// What goes back, before a fault touches its delivery.
-struct Service::Answer {
-  int status;
-  Contents contents;
-  httplib::Headers headers;
-};
-
 namespace {
 
 constexpr const char* JsonMediaType = "application/json";
 constexpr std::size_t MaxRawBody = 4096;  ///< bytes on record of a body that is not JSON
 
-Contents JsonContents(const Json::Value& value) {
-  return TextContents(CompactText(value), JsonMediaType);
-}
+}  // namespace
 
-Contents ErrorContents(const std::string& text) {
+/// What goes back, before a fault touches its delivery.
+struct Service::Answer {
+  int status;
+  Contents contents;
+  httplib::Headers headers{};
+  Json::Value reply{};  ///< `contents`, when they are JSON and the service's own
+
+  Answer(int code, Contents bytes) : status(code), contents(std::move(bytes)) {}
+  Answer(int code, Json::Value value)
+      : Answer(code, TextContents(CompactText(value), JsonMediaType)) {
+    reply = std::move(value);
+  }
+};
+
+namespace {
+
+Json::Value Error(const std::string& text) {
   Json::Value error;
   error["error"] = text;
-  return JsonContents(error);
+  return error;
 }
 
 Contents GarbageContents() { return TextContents("<garbage {\"result\": [", JsonMediaType); }
@@ -41,6 +47,9 @@ Exchange ExchangeOf(const httplib::Request& request, std::string_view type) {
   const std::size_t mark = request.target.find('?');
   if (mark != std::string::npos) exchange.query = WithoutSignature(request.target.substr(mark + 1));
   exchange.type = type;
+  for (const char* name : {"Content-Type", "Range", "If-Range"}) {
+    if (request.has_header(name)) exchange.headers[name] = request.get_header_value(name);
+  }
   return exchange;
 }
 
@@ -61,10 +70,11 @@ void Send(const httplib::Request& request, httplib::Response& response, int stat
 }  // namespace
 
 Service::Service(Catalogue catalogue, FaultList faults, const std::string& realm,
-                 const std::string& base, Lifetimes lifetimes)
+                 const std::string& base, Lifetimes lifetimes, std::uint64_t fileRate)
     : _catalogue(std::move(catalogue)),
       _tokens(_catalogue.sessionToken, realm, lifetimes.jwt),
       _urls(base, lifetimes.url),
+      _fileRate(fileRate),
       _faults(std::move(faults)) {}
 
 void Service::Register(httplib::Server& server) {
@@ -74,14 +84,7 @@ void Service::Register(httplib::Server& server) {
       (this->*handler)(request, response);
     };
   };
-  server.Get("/received", [this](const auto& request, auto& response) {
-    Send(request, response, 200, TextContents(_received.Text(), JsonMediaType));
-  });
-  server.Delete("/received", [this](const auto& request, auto& response) {
-    _received.Clear();
-    Send(request, response, 200, JsonContents(Json::objectValue));
-  });
-  server.Put("/faults", to(&Service::OnPutFaults));
+  RegisterControl(server);
   server.Post("/token", to(&Service::OnToken));
   server.Post("/mp/zlt/v2/([A-Za-z]+)", to(&Service::OnServiceRequest));
   server.Get("/files/.*", to(&Service::OnFile));
@@ -90,6 +93,11 @@ void Service::Register(httplib::Server& server) {
   server.Put(".*", to(&Service::OnUnknown));
   server.Patch(".*", to(&Service::OnUnknown));
   server.Delete(".*", to(&Service::OnUnknown));
+}
+
+void Service::RegisterControl(httplib::Server& server) {
+  _control.Register(server,
+                    [this](const auto& request, auto& response) { OnUnknown(request, response); });
 }
 
 void Service::Stop() {
@@ -108,13 +116,13 @@ void Service::OnToken(const httplib::Request& request, httplib::Response& respon
   const bool readable =
       ParseStrict(request.body, body).empty() && body.isObject() && body["sessionToken"].isString();
   exchange.authorised = readable && _tokens.IsSessionToken(body["sessionToken"].asString());
-  Answer answer{400, ErrorContents("the body must be {\"sessionToken\":\"...\"}"), {}};
+  Answer answer(400, Error("the body must be {\"sessionToken\":\"...\"}"));
   if (exchange.authorised) {
     Json::Value grant;
     grant["jwt"] = _tokens.Issue();
-    answer = {200, JsonContents(grant), {}};
+    answer = Answer(200, std::move(grant));
   } else if (readable) {
-    answer = {401, ErrorContents("no such session token"), {}};
+    answer = Answer(401, Error("no such session token"));
   }
   Deliver(request, response, std::move(exchange), std::move(answer), fault);
 }
@@ -132,16 +140,16 @@ void Service::OnServiceRequest(const httplib::Request& request, httplib::Respons
 
 Service::Answer Service::AnswerToService(const Exchange& exchange, const std::string& deviceId,
                                          const std::optional<Fault>& fault) {
-  if (!exchange.authorised) return {401, ErrorContents("no valid token"), {}};
-  if (exchange.rawBody) return {400, ErrorContents("the body is not JSON"), {}};
+  if (!exchange.authorised) return {401, Error("no valid token")};
+  if (exchange.rawBody) return {400, Error("the body is not JSON")};
   const std::string flaw = FaultOfBody(exchange.type, deviceId, exchange.body);
-  if (!flaw.empty()) return {400, ErrorContents(flaw), {}};
+  if (!flaw.empty()) return {400, Error(flaw)};
   if (Has(fault, FaultKind::ResultCode)) {
-    return {200, JsonContents(BareAnswer(static_cast<int>(fault->value))), {}};
+    return {200, BareAnswer(static_cast<int>(fault->value))};
   }
   const ServiceRequest request{exchange.type, deviceId, exchange.body["parameters"]};
   const bool expired = Has(fault, FaultKind::Expired);
-  return {200, JsonContents(AnswerTo(request, _catalogue, _urls, expired)), {}};
+  return {200, AnswerTo(request, _catalogue, _urls, expired)};
 }
 
 void Service::OnFile(const httplib::Request& request, httplib::Response& response) {
@@ -151,68 +159,83 @@ void Service::OnFile(const httplib::Request& request, httplib::Response& respons
     fault = _faults.Next(std::string(FilePrefix) + file->name);
   }
   Exchange exchange = ExchangeOf(request, FileType);
-  exchange.authorised = !Has(fault, FaultKind::Expired) &&
-                        _urls.IsValid(request.path, request.get_param_value("expires"),
-                                      request.get_param_value("signature"));
+  exchange.authorised =
+      !Has(fault, FaultKind::Expired) &&
+      _urls.IsValid(request.path, request.get_param_value("device"),
+                    request.get_param_value("expires"), request.get_param_value("signature"));
   Answer answer =
       AnswerWithFile(request, file, exchange.authorised, Has(fault, FaultKind::Garbage));
   Deliver(request, response, std::move(exchange), std::move(answer), fault);
 }
 
+Contents Service::Sent(const httplib::Request& request, const CatalogueFile& file,
+                       const Slice& slice, bool garbage) {
+  Contents contents = FileContents(file, slice.offset, slice.length, garbage);
+  if (request.method != "GET" || slice.length == 0) return contents;
+  const auto download = std::make_shared<Download>();
+  download->device = request.get_param_value("device");
+  download->path = file.urlPath;
+  download->from = slice.offset;
+  download->size = file.size;
+  contents = _downloads.Follow(std::move(contents), download);
+  if (_fileRate == 0) return contents;
+  return PacedAt(std::move(contents), _fileRate, [this](auto time) { WaitUnlessStopped(time); });
+}
+
 Service::Answer Service::AnswerWithFile(const httplib::Request& request, const CatalogueFile* file,
                                         bool authorised, bool garbage) {
   if (!authorised || file == nullptr) {
-    return {403, ErrorContents("the address has expired or is not of this service"), {}};
+    return {403, Error("the address has expired or is not of this service")};
   }
   const std::string tag = "\"" + file->crc + "\"";
   const Slice slice = RequestedSlice(request, file->size, tag);
-  httplib::Headers headers{{"Accept-Ranges", "bytes"}, {"ETag", tag}};
+  Answer answer(slice.status, Sent(request, *file, slice, garbage));
+  answer.headers = {{"Accept-Ranges", "bytes"}, {"ETag", tag}};
   const std::string size = std::to_string(file->size);
-  if (slice.status == 416) headers.emplace("Content-Range", "bytes */" + size);
+  if (slice.status == 416) answer.headers.emplace("Content-Range", "bytes */" + size);
   if (slice.status == 206) {
-    headers.emplace("Content-Range", "bytes " + std::to_string(slice.offset) + "-" +
-                                         std::to_string(slice.offset + slice.length - 1) + "/" +
-                                         size);
+    answer.headers.emplace("Content-Range", "bytes " + std::to_string(slice.offset) + "-" +
+                                                std::to_string(slice.offset + slice.length - 1) +
+                                                "/" + size);
   }
-  return {slice.status, FileContents(*file, slice.offset, slice.length, garbage),
-          std::move(headers)};
+  return answer;
 }
 
 void Service::OnUnknown(const httplib::Request& request, httplib::Response& response) {
   Exchange exchange = ExchangeOf(request, UnknownType);
-  Deliver(request, response, std::move(exchange), {404, ErrorContents("no such path"), {}},
-          std::nullopt);
+  Deliver(request, response, std::move(exchange), Answer(404, Error("no such path")), std::nullopt);
 }
 
-void Service::OnPutFaults(const httplib::Request& request, httplib::Response& response) {
-  Json::Value body;
-  std::string error = ParseStrict(request.body, body);
-  try {
-    if (error.empty()) {
-      _faults.Replace(ReadFaults(JsonNode(body, "faults"), [this](const std::string& name) {
-        return _catalogue.HasFileNamed(name);
-      }));
-    }
-  } catch (const DocumentError& flaw) {
-    error = flaw.what();
+void Service::Play(const Fault& fault, bool isFile, Answer& answer) {
+  if (fault.Is(FaultKind::Status)) {
+    answer = Answer(static_cast<int>(fault.value), TextContents("", JsonMediaType));
+  } else if (fault.Is(FaultKind::Garbage) && !isFile) {  // A file's garbage comes from the file.
+    answer.contents = GarbageContents();
+    answer.reply = Json::nullValue;
+  } else if (fault.Is(FaultKind::Reply)) {
+    answer.contents = TextContents(fault.reply, JsonMediaType);
+    answer.reply = Json::nullValue;
+  } else if (fault.Is(FaultKind::DropAfter)) {
+    answer.contents =
+        BrokenAfter(std::move(answer.contents), static_cast<std::uint64_t>(fault.value));
   }
-  if (!error.empty()) return Send(request, response, 400, ErrorContents(error));
-  Send(request, response, 200, JsonContents(Json::objectValue));
+}
+
+void Service::KeepReply(const Answer& answer, Exchange& exchange) {
+  exchange.status = answer.status;
+  exchange.reply = WithoutSecrets(answer.reply);
+  exchange.replyHeaders["Content-Type"] = answer.contents.mediaType;
+  exchange.replyHeaders["Content-Length"] = std::to_string(answer.contents.length);
+  for (const auto& [name, value] : answer.headers) exchange.replyHeaders[name] = value;
 }
 
 void Service::Deliver(const httplib::Request& request, httplib::Response& response,
                       Exchange exchange, Answer answer, const std::optional<Fault>& fault) {
-  if (Has(fault, FaultKind::Status)) {
-    answer = {static_cast<int>(fault->value), TextContents("", JsonMediaType), {}};
+  if (fault) {
+    exchange.fault = NameOf(fault->kind);
+    Play(*fault, exchange.type == FileType, answer);
   }
-  const bool isFile = exchange.type == FileType;  // A file's garbage comes from the file.
-  if (Has(fault, FaultKind::Garbage) && !isFile) answer.contents = GarbageContents();
-  if (Has(fault, FaultKind::Reply)) answer.contents = TextContents(fault->reply, JsonMediaType);
-  if (Has(fault, FaultKind::DropAfter)) {
-    answer.contents =
-        BrokenAfter(std::move(answer.contents), static_cast<std::uint64_t>(fault->value));
-  }
-  exchange.status = answer.status;
+  KeepReply(answer, exchange);
   _received.Add(exchange);
   if (Has(fault, FaultKind::DelayMs)) {
     WaitUnlessStopped(std::chrono::milliseconds(fault->value));

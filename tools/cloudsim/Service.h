@@ -10,6 +10,8 @@
 
 #include "tools/cloudsim/Catalogue.h"
 #include "tools/cloudsim/Contents.h"
+#include "tools/cloudsim/Control.h"
+#include "tools/cloudsim/Downloads.h"
 #include "tools/cloudsim/Faults.h"
 #include "tools/cloudsim/Received.h"
 #include "tools/cloudsim/SignedUrls.h"
@@ -28,11 +30,15 @@ struct Lifetimes {
 class Service {
  public:
   /// @param base in, what file addresses start with, as in "https://localhost:8443".
+  /// @param fileRate in, bytes a second that each file leaves with; 0: as quick as it goes.
   Service(Catalogue catalogue, FaultList faults, const std::string& realm, const std::string& base,
-          Lifetimes lifetimes);
+          Lifetimes lifetimes, std::uint64_t fileRate);
 
   /// Adds the routes to a server, which must end before this object does.
   void Register(httplib::Server& server);
+
+  /// The same, but only what is not a device's.
+  void RegisterControl(httplib::Server& server);
 
   /// Ends the delays under way, so that the servers can end at once.
   void Stop();
@@ -44,12 +50,15 @@ class Service {
   void OnServiceRequest(const httplib::Request& request, httplib::Response& response);
   void OnFile(const httplib::Request& request, httplib::Response& response);
   void OnUnknown(const httplib::Request& request, httplib::Response& response);
-  void OnPutFaults(const httplib::Request& request, httplib::Response& response);
 
   Answer AnswerToService(const Exchange& exchange, const std::string& deviceId,
                          const std::optional<Fault>& fault);
   Answer AnswerWithFile(const httplib::Request& request, const CatalogueFile* file, bool authorised,
                         bool garbage);
+  Contents Sent(const httplib::Request& request, const CatalogueFile& file, const Slice& slice,
+                bool garbage);
+  static void Play(const Fault& fault, bool isFile, Answer& answer);
+  static void KeepReply(const Answer& answer, Exchange& exchange);
   void Deliver(const httplib::Request& request, httplib::Response& response, Exchange exchange,
                Answer answer, const std::optional<Fault>& fault);
   void WaitUnlessStopped(std::chrono::milliseconds duration);
@@ -57,8 +66,11 @@ class Service {
   const Catalogue _catalogue;
   Tokens _tokens;
   SignedUrls _urls;
+  const std::uint64_t _fileRate;
   Faults _faults;
   Received _received;
+  Downloads _downloads;
+  Control _control{_catalogue, _faults, _received, _downloads};
   std::mutex _mutex;
   std::condition_variable _stopping;
   bool _stopped = false;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::int64_t ExpiredAgeSeconds = 60;
 
-std::string EncodePath(const std::string& path) {
+std::string Encode(const std::string& path) {
   constexpr const char* Digits = "0123456789ABCDEF";
   std::string text;
   for (const char c : path) {
@@ -32,23 +32,24 @@ std::string EncodePath(const std::string& path) {
 SignedUrls::SignedUrls(std::string base, std::chrono::seconds lifetime)
     : _key(RandomKey()), _base(std::move(base)), _lifetime(lifetime) {}
 
-std::string SignedUrls::Make(const std::string& path, bool expired) {
+std::string SignedUrls::Make(const std::string& path, const std::string& device, bool expired) {
   const std::int64_t age = expired ? -ExpiredAgeSeconds : _lifetime.count();
   const std::string expires = std::to_string(UnixNow() + age);
-  const std::string signature = SignatureOf(path, expires, std::to_string(++_made));
-  return _base + EncodePath(path) + "?expires=" + expires + "&signature=" + signature;
+  const std::string signature = SignatureOf(path, device, expires, std::to_string(++_made));
+  return _base + Encode(path) + "?expires=" + expires + "&device=" + Encode(device) +
+         "&signature=" + signature;
 }
 
-bool SignedUrls::IsValid(const std::string& path, const std::string& expires,
-                         const std::string& signature) const {
+bool SignedUrls::IsValid(const std::string& path, const std::string& device,
+                         const std::string& expires, const std::string& signature) const {
   const std::string serial = signature.substr(0, signature.find('.'));
-  if (!IsSame(signature, SignatureOf(path, expires, serial))) return false;
+  if (!IsSame(signature, SignatureOf(path, device, expires, serial))) return false;
   return UnixNow() < std::stoll(expires);  // A text of our own, now that the signature matches.
 }
 
-std::string SignedUrls::SignatureOf(const std::string& path, const std::string& expires,
-                                    const std::string& serial) const {
-  return serial + "." + Sign(_key, serial + "\n" + expires + "\n" + path);
+std::string SignedUrls::SignatureOf(const std::string& path, const std::string& device,
+                                    const std::string& expires, const std::string& serial) const {
+  return serial + "." + Sign(_key, serial + "\n" + expires + "\n" + path + "\n" + device);
 }
 
 }  // namespace cloudsim

@@ -1,11 +1,14 @@
 #include "tools/tolmarctl/Commands.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 #include <optional>
 
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
+#include "reference_host/configuration/ConfigurationFile.h"
+#include "reference_host/files/InstallationLease.h"
 #include "tools/common/AgentControl.h"
 #include "tools/common/Installation.h"
 #include "tools/tolmarctl/Plan.h"
@@ -38,9 +41,20 @@ Outcome Status(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   return outcome;
 }
 
+/// Another process may install, the service for one; an installation waits for it.
+void TellOfHolder() {
+  const auto holder = refhost::InstallationLease::Holder();
+  if (!holder || holder->processId == GetCurrentProcessId()) return;
+  std::fprintf(stderr, "tolmarctl: %s installs; waiting for it, %u s at the most\n",
+               ZLT::String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder)).c_str(),
+               refhost::Settings().leaseWaitSeconds);
+  std::fflush(stderr);
+}
+
 Outcome Install(TolmarAgent& agent, const Options& options, HANDLE cancel) {
   Outcome outcome = List(agent, options, cancel);
   if (outcome.code != 0) return outcome;
+  TellOfHolder();
   std::optional<ProgressDisplay> display;
   if (!options.json || options.progressLines) {
     display.emplace(agent, outcome.result, options.progressLines);

@@ -24,6 +24,8 @@ const std::vector<Example>& AllExamples() {
        "before it is handed out"},
       {"config set-token", "tolmarctl config set-token", "asks for it, and shows nothing of it"},
       {"config set-token", "tolmarctl config set-token --remove", "the way back"},
+      {"service status", "tolmarctl service status", "when does it run next, and what failed?"},
+      {"service status", "tolmarctl service status --json", "for a script"},
       {"report", "tolmarctl report", "the newest last"},
       {"report", "tolmarctl report --html report.html", "as a page, the newest first"},
       {"bundle", "tolmarctl bundle ticket.cab", "nothing secret is in it"},

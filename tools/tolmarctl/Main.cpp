@@ -1,6 +1,4 @@
 #include <windows.h>
-// Behind windows.h, whose types it needs.
-#include <shellapi.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -11,8 +9,9 @@
 #include "host/common/Text.h"
 #include "reference_host/Startup.h"
 #include "tools/common/AgentControl.h"
+#include "tools/common/Arguments.h"
+#include "tools/common/CancelWatch.h"
 #include "tools/tolmarctl/Bundle.h"
-#include "tools/tolmarctl/CancelWatch.h"
 #include "tools/tolmarctl/Config.h"
 #include "tools/tolmarctl/Doctor.h"
 #include "tools/tolmarctl/ExitStatus.h"
@@ -20,17 +19,9 @@
 #include "tools/tolmarctl/LogFollower.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/ReportCommand.h"
+#include "tools/tolmarctl/ServiceStatus.h"
 
 namespace {
-
-std::vector<std::string> Arguments() {
-  int count = 0;
-  wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
-  std::vector<std::string> arguments;
-  for (int i = 1; i < count; ++i) arguments.push_back(ZLT::String::UTF16ToUTF8(wide[i]));
-  LocalFree(wide);
-  return arguments;
-}
 
 void NameConfiguration(const Options& options) {
   if (options.config.empty()) return;
@@ -94,6 +85,7 @@ int main() {
   NameConfiguration(options);
   if (options.command == "doctor") return Doctor(options);
   if (options.command.starts_with("config ")) return Config(options);
+  if (options.command == "service status") return ServiceStatus(options);
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;

@@ -84,6 +84,12 @@ void AddConfig(CLI::App& app, Options& options) {
       ->add_flag("--remove", options.removes, "forget the one that is kept");
 }
 
+void AddService(CLI::App& app) {
+  CLI::App* service = app.add_subcommand("service", "the service that keeps titles installed");
+  service->require_subcommand(1);
+  service->add_subcommand("status", "tell its last and next run, and what came of each title");
+}
+
 /// Below each command stand its own examples.
 void AddExamples(CLI::App& app, const std::string& name) {
   app.footer(ExamplesOf(name));
@@ -113,6 +119,7 @@ bool ReadOptions(std::vector<std::string> arguments, Options& options, int& exit
   AddGeneral(app, options);
   AddCommands(app, options);
   AddConfig(app, options);
+  AddService(app);
   AddExamples(app, "");
   std::reverse(arguments.begin(), arguments.end());  // CLI11 takes them from the back.
   try {

@@ -1,4 +1,4 @@
-#include "tools/tolmarctl/CancelWatch.h"
+#include "tools/common/CancelWatch.h"
 
 #include <utility>
 
