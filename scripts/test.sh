@@ -65,6 +65,10 @@ version_resource_is_current() {
   done
 }
 
+policies_are_the_keys() {
+  bash scripts/policy.sh "$BUILD/policy" && /usr/bin/python3 tests/schema/policy.py "$BUILD/policy"
+}
+
 readme_shows_the_examples() {
   local shown
   for shown in cpp:embed/Main.cpp c:c/Main.c go:go/main.go; do
@@ -127,6 +131,7 @@ check "service's description" npm_tool redocly lint docs/protocol.yaml --config 
 check "exported names" exports_are_the_api
 check "README's examples" readme_shows_the_examples
 check "version resource" version_resource_is_current
+check "policy templates" policies_are_the_keys
 [ "$unit_only" = yes ] || check "installed headers" bash scripts/installed.sh headers
 
 echo "native lane"
@@ -183,6 +188,7 @@ if [ "$unit_only" = no ]; then
   fi
   check "installed package's example" bash scripts/installed.sh example
   check "installed package's hosts in other languages" bash scripts/installed.sh hosts
+  check "installer" bash scripts/deployed.sh
   echo "genuine PowerShell"
   genuine_powershell
 fi
