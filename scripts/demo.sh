@@ -17,6 +17,7 @@ prepare() {
   bash scripts/build.sh product cloudsim tolmarpack
   lab_up
   step "signed packages" "$BUILD/log/packages.log" bash scripts/demo-packages.sh
+  lab_choose_powershell
 }
 
 # The PC as before the first delivery: no program, no registry value, no log.
