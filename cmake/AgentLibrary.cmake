@@ -1,10 +1,16 @@
 # TolmarAgent.dll: the agent against the host suite.
 enable_language(RC)
-configure_file(agent/Version.rc.in ${CMAKE_BINARY_DIR}/Version.rc @ONLY)
 
-add_library(TolmarAgent SHARED ${TOLMAR_AGENT_SOURCES} ${CMAKE_BINARY_DIR}/Version.rc)
+# add_agent_dll NAME SOURCES…: NAME.dll, which tells its version.
+function(add_agent_dll dll)
+  set(resource ${CMAKE_BINARY_DIR}/${dll}.rc)
+  configure_file(${CMAKE_SOURCE_DIR}/agent/Version.rc.in ${resource} @ONLY)
+  add_library(${dll} SHARED ${ARGN} ${resource})
+  set_target_properties(${dll} PROPERTIES PREFIX "")
+endfunction()
+
+add_agent_dll(TolmarAgent ${TOLMAR_AGENT_SOURCES})
 add_library(TolmarAgent::TolmarAgent ALIAS TolmarAgent)
-set_target_properties(TolmarAgent PROPERTIES PREFIX "")
 target_compile_definitions(TolmarAgent PRIVATE "TOLMAR_API=__declspec(dllexport)")
 target_compile_features(TolmarAgent INTERFACE cxx_std_17)
 target_include_directories(TolmarAgent INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/tolmar>)

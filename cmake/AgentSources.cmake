@@ -31,3 +31,7 @@ set(TOLMAR_AGENT_SOURCES
     service/RetryLoop.cpp
     service/TokenSource.cpp)
 list(TRANSFORM TOLMAR_AGENT_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/)
+
+# Those of the layer for hosts in any language.
+set(TOLMAR_C_INTERFACE_SOURCES Basics.cpp Document.cpp Events.cpp Installation.cpp Lifecycle.cpp Operations.cpp)
+list(TRANSFORM TOLMAR_C_INTERFACE_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/c_interface/)

@@ -1,4 +1,4 @@
-# What `cmake --install` lays out, and the zip that cpack makes of it. Components: Agent, ReferenceHost, Tools.
+# What `cmake --install` lays out, and the zip that cpack makes of it. Components: Agent, ReferenceHost, C, Tools.
 include(CMakePackageConfigHelpers)
 set(config_folder lib/cmake/TolmarAgent)
 
@@ -15,6 +15,15 @@ install(FILES CHANGELOG.md docs/operations.md docs/packages.md docs/security.md 
 install(TARGETS TolmarReferenceHost EXPORT ReferenceHostTargets COMPONENT ReferenceHost)
 install(FILES reference_host/Startup.h DESTINATION include/tolmar/reference_host COMPONENT ReferenceHost)
 install(TARGETS tolmarctl TolmarHost COMPONENT Tools)
+
+if(TARGET TolmarAgentC)
+  install(TARGETS TolmarAgentC COMPONENT C)
+  install(FILES c_interface/TolmarAgentC.def DESTINATION lib COMPONENT C)
+  install(FILES c_interface/tolmar/agent.h DESTINATION include/tolmar COMPONENT C)
+  install(FILES docs/embedding.md DESTINATION share/tolmar COMPONENT C)
+  install(DIRECTORY bindings DESTINATION share/tolmar COMPONENT C)
+  install(DIRECTORY examples/c examples/go examples/csharp DESTINATION share/tolmar/examples COMPONENT C)
+endif()
 
 # What the DLLs need beside them. A jsoncpp that was built for the DLLs goes with them, since a host has to use that one.
 if(MSVC)

@@ -6,7 +6,10 @@
 
 namespace refhost {
 
-bool Start(std::wstring& error) {
+namespace {
+
+/// Takes up the configuration that has been read.
+bool TakeUp(std::wstring& error) {
   const Configuration* configuration = GetConfiguration();
   if (configuration == nullptr) {
     error = ConfigurationError();
@@ -21,6 +24,18 @@ bool Start(std::wstring& error) {
   }
   ZLT::g_log.d(L"Host suite started, configured by %s", origin.c_str());
   return true;
+}
+
+}  // namespace
+
+bool Start(std::wstring& error) { return TakeUp(error); }
+
+bool StartFromFile(const std::wstring& file, std::wstring& error) {
+  return UseConfigurationFile(file, error) && TakeUp(error);
+}
+
+bool StartFromText(const std::string& json, std::wstring& error) {
+  return UseConfigurationText(json, error) && TakeUp(error);
 }
 
 }  // namespace refhost

@@ -15,4 +15,13 @@ namespace refhost {
 /// one, none throws.
 ZLT_API bool Start(std::wstring& error);
 
+/// The same with a file that the host program names, a service too. It is judged as any other.
+/// @param file in, its path. @param error out, as above.
+/// @return as above; it may be tried again.
+ZLT_API bool StartFromFile(const std::wstring& file, std::wstring& error);
+
+/// The same with the JSON text itself, whose origin the host program answers for.
+/// @param json in, UTF-8. @param error out, as above. @return as above.
+ZLT_API bool StartFromText(const std::string& json, std::wstring& error);
+
 }  // namespace refhost

@@ -57,7 +57,7 @@ by_clang() {
 
 for lane in "$@"; do
   case "$lane" in
-    product) for_windows tolmarctl TolmarHost scriptrunner labtrust ;;
+    product) for_windows tolmarctl TolmarHost TolmarAgentC scriptrunner pwshhost labtrust ;;
     windows) for_windows ;;
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;
@@ -78,9 +78,9 @@ for lane in "$@"; do
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
     native) native cloudsim cloudsim_tests e2e_tests ;;
-    asan) sanitized asan address,undefined agent_unit_tests host_portable_tests scriptrunner_tests tolmarctl_tests tolmarhost_tests \
-      fuzz_replay ;;
-    tsan) sanitized tsan thread agent_unit_tests ;;
+    asan) sanitized asan address,undefined agent_unit_tests c_interface_tests host_portable_tests scriptrunner_tests tolmarctl_tests \
+      tolmarhost_tests fuzz_replay ;;
+    tsan) sanitized tsan thread agent_unit_tests c_interface_tests ;;
     *) die "unknown lane: $lane" ;;
   esac
 done

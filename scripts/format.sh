@@ -3,4 +3,4 @@
 source scripts/common.sh
 mode=(-i)
 [ "${1:-}" = --check ] && mode=(--dry-run --Werror)
-git ls-files --cached --others --exclude-standard -z '*.cpp' '*.h' | xargs -0 clang-format "${mode[@]}"
+git ls-files --cached --others --exclude-standard -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format "${mode[@]}"

@@ -5,7 +5,7 @@
 # clang-tidy looks again at a file that passed only when it, a header of the repository that it reads or the configuration
 # changes; cppcheck keeps results of its own.
 source scripts/common.sh
-PRODUCT=(agent catalogue service install progress host reference_host tools bench examples)
+PRODUCT=(agent c_interface catalogue service install progress host reference_host tools bench examples)
 export TIDY=$BUILD/tidy
 
 # sources LANE: the product's sources that the lane compiles, one a line.

@@ -4,7 +4,7 @@ source scripts/common.sh
 bash scripts/deps.sh universal-ctags
 
 # sources PATH…: what counts as code.
-sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(cpp|h|sh|ps1|cmake|gp)$|CMakeLists.txt$|^dev$'; }
+sources() { git ls-files -co --exclude-standard -- "$@" | grep -E '\.(c|cpp|h|cs|def|go|sh|ps1|cmake|gp)$|CMakeLists.txt$|^dev$'; }
 lines() { sources "$@" | xargs -r cat | grep -cv '^[[:space:]]*$' || true; }
 
 # lengths_of_files, lengths_of_functions PATH…: "LENGTH WHERE", one a line, of C++.
@@ -27,9 +27,9 @@ row() {
     "$(lengths_of_functions "$@" | middle_and_top)"
 }
 
-PRODUCT=(agent catalogue service install progress host reference_host tools demo examples bench scripts cmake dev CMakeLists.txt)
+PRODUCT=(agent catalogue service install progress c_interface bindings host reference_host tools demo examples bench scripts cmake dev CMakeLists.txt)
 printf '%-24s %6s   %-42s %s\n' folder lines "file: median, longest" "function: median, longest"
-for folder in agent catalogue service install progress host reference_host tools/{tolmarctl,cloudsim,scriptrunner,labtrust} \
+for folder in agent catalogue service install progress c_interface bindings host reference_host tools/* \
   demo examples bench; do
   row "$folder/" "$folder"
 done

@@ -59,11 +59,21 @@ exports_are_the_api() {
 }
 
 version_resource_is_current() {
-  tr -d '\0' <"$BUILD/windows/bin/TolmarAgent.dll" | LC_ALL=C grep -aF "FileVersion$(cat VERSION)" >/dev/null
+  local dll
+  for dll in TolmarAgent TolmarAgentC; do
+    tr -d '\0' <"$BUILD/windows/bin/$dll.dll" | LC_ALL=C grep -aF "FileVersion$(cat VERSION)" >/dev/null || return 1
+  done
 }
 
-readme_shows_the_example() {
-  diff <(sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d') examples/embed/Main.cpp
+policies_are_the_keys() {
+  bash scripts/policy.sh "$BUILD/policy" && /usr/bin/python3 tests/schema/policy.py "$BUILD/policy"
+}
+
+readme_shows_the_examples() {
+  local shown
+  for shown in cpp:embed/Main.cpp c:c/Main.c go:go/main.go; do
+    diff <(sed -n "/^\`\`\`${shown%%:*}$/,/^\`\`\`$/p" README.md | sed '1d;$d') "examples/${shown#*:}" || return 1
+  done
 }
 
 # Both compilers, both lanes, then everything that reads sources; what the second compiler makes must work as well.
@@ -76,6 +86,23 @@ lint() {
   lab_up
   suite "agent by clang" "$BUILD/clang/bin/agent_unit_tests"
   suite "agent by clang, on Wine" lab_wine 120 "$BUILD/clang-windows/bin/agent_unit_tests.exe"
+}
+
+# Genuine PowerShell, in the script runner's place until the end: scripts by themselves, then a delivery with all parts.
+genuine_powershell() {
+  local told
+  if ! told=$(bash scripts/powershell.sh); then
+    echo "  left out: $told"
+    return
+  fi
+  source tests/powershell/fixtures.sh
+  powershell_fixtures "$BUILD/lab/scripts"
+  lab_powershell pwshhost
+  suite "scripts under PowerShell $told" env "TOLMAR_SCRIPTS=Z:${BUILD//\//\\}\\lab\\scripts" \
+    timeout 600 wine "$bin/powershell_tests.exe"
+  [ "$filter" != '*' ] || filter='Delivery.First*:Delivery.Second*:Report.NamesEach*' suite "delivery under PowerShell $told" \
+    env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "$BUILD/native/bin/e2e_tests"
+  lab_powershell scriptrunner
 }
 
 finish() {
@@ -102,13 +129,16 @@ check "behaviour table" bash scripts/behaviour.sh
 check "who includes whom" bash scripts/includes.sh
 check "service's description" npm_tool redocly lint docs/protocol.yaml --config docs/redocly.yaml
 check "exported names" exports_are_the_api
-check "README's example" readme_shows_the_example
+check "README's examples" readme_shows_the_examples
 check "version resource" version_resource_is_current
+check "policy templates" policies_are_the_keys
 [ "$unit_only" = yes ] || check "installed headers" bash scripts/installed.sh headers
 
 echo "native lane"
 suite "agent, address and undefined sanitizers" "$BUILD/asan/bin/agent_unit_tests"
 suite "agent, thread sanitizer" setarch -R "$BUILD/tsan/bin/agent_unit_tests"
+suite "C interface, address and undefined sanitizers" "$BUILD/asan/bin/c_interface_tests"
+suite "C interface, thread sanitizer" setarch -R "$BUILD/tsan/bin/c_interface_tests"
 suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
@@ -124,6 +154,7 @@ source tests/host/fixtures.sh
 host_fixtures "$BUILD/lab/fixtures" "$BUILD/lab/pki"
 export TOLMAR_FIXTURES="Z:${BUILD//\//\\}\\lab\\fixtures"
 suite "agent on Wine" lab_wine 120 "$bin/agent_unit_tests.exe"
+suite "C interface on Wine" lab_wine 120 "$bin/c_interface_tests.exe"
 suite "reference host, portable, on Wine" lab_wine 120 "$bin/host_portable_tests.exe"
 suite "reference host on Wine" lab_wine 300 "$bin/host_windows_tests.exe"
 # Once more without what works around Wine, and without what Wine then cannot do.
@@ -138,7 +169,10 @@ suite "service, portable, on Wine" lab_wine 120 "$bin/tolmarhost_tests.exe"
 
 if [ "$unit_only" = no ]; then
   echo "end to end"
-  bash scripts/deps.sh chromium  # looks at the report's page and the console
+  # Looks at the report's page and the console; hosts in other languages.
+  tools=(chromium golang-go lld)
+  command -v dotnet >/dev/null || tools+=(mono-mcs)
+  bash scripts/deps.sh "${tools[@]}"
   npm_packages
   source tests/e2e/fixtures.sh
   e2e_fixtures "$BUILD/e2e"
@@ -153,6 +187,10 @@ if [ "$unit_only" = no ]; then
     check "service's description, exchanges" /usr/bin/python3 tests/schema/exchanges.py "$exchanges"
   fi
   check "installed package's example" bash scripts/installed.sh example
+  check "installed package's hosts in other languages" bash scripts/installed.sh hosts
+  check "installer" bash scripts/deployed.sh
+  echo "genuine PowerShell"
+  genuine_powershell
 fi
 
 finish

@@ -17,6 +17,7 @@
 #include "host/core/DeviceIdAgent.h"
 #include "host/core/ZLTPublisherSubscriber.h"
 #include "host/session/Tessary.h"
+#include "reference_host/Startup.h"
 
 QuietHost& Quiet() {
   static QuietHost& host = *new QuietHost;  // never destroyed: the agent's static objects use it
@@ -82,7 +83,13 @@ int CRegUtil::SetKeyValueInt(HKEY, const std::wstring&, const std::wstring&, uns
   return 1;
 }
 
-// Bus, identity, endpoint and session.
+// Start, bus, identity, endpoint and session.
+
+namespace refhost {
+bool Start(std::wstring&) { return true; }
+bool StartFromFile(const std::wstring&, std::wstring&) { return true; }
+bool StartFromText(const std::string&, std::wstring&) { return true; }
+}  // namespace refhost
 
 ZLTPublisherSubscriber::ZLTPublisherSubscriber() : m_pState(nullptr) {}
 ZLTPublisherSubscriber::~ZLTPublisherSubscriber() {}
@@ -92,6 +99,7 @@ ZLTPublisherSubscriber* ZLTPublisherSubscriber::GetInstance() {
 }
 std::wstring ZLTPublisherSubscriber::Subscribe(Callback, bool) { return L"subscription"; }
 void ZLTPublisherSubscriber::Unsubscribe(const std::wstring&) {}
+bool ZLTPublisherSubscriber::Publish(const ZLTNotificationData&, unsigned int) { return true; }
 
 DeviceIdentityService* DeviceIdentityService::GetInstance() { return nullptr; }
 DeviceIdAgent* DeviceIdAgent::GetInstance(DeviceIdentityService*) {

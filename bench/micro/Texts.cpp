@@ -1,10 +1,10 @@
 #include <benchmark/benchmark.h>
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <memory>
 
 #include "agent/TolmarAgent.h"
+#include "bench/micro/EntitlementReply.h"
 #include "bench/micro/QuietHost.h"
 #include "catalogue/JsonText.h"
 #include "reference_host/log/LogRecord.h"
@@ -30,39 +30,13 @@ void BodyOfDownloadReport(benchmark::State& state) {
 }
 BENCHMARK(BodyOfDownloadReport);
 
-/// @return the answer to an entitlement request, about 1 KiB for each title.
-std::string EntitlementReply(int titles) {
-  Json::Value reply;
-  reply["result"]["code"] = 0;
-  for (int i = 0; i < titles; ++i) {
-    Json::Value& title = reply["result"]["swList"].append(Json::objectValue);
-    title["l1FruPn"] = "20QN" + std::to_string(10000 + i) + "US";
-    title["name"] = "Title " + std::to_string(i) + " f\u00fcr B\u00fcro & Schule";
-    title["description"] = std::string(600, 'x');
-    for (int j = 0; j < 4; ++j) {
-      Json::Value& module = title["moduleList"].append(Json::objectValue);
-      module["moduleFruPn"] = "5M10V" + std::to_string(10000 + j);
-      module["version"] = "1.2.3";
-      module["size"] = 1048576;
-    }
-  }
-  Json::StreamWriterBuilder compact;
-  compact["indentation"] = "";
-  compact["emitUTF8"] = true;
-  return Json::writeString(compact, reply);
-}
-
 const std::string& Reply() {
   static const std::string reply = EntitlementReply(64);
   return reply;
 }
 
 /// Reports the time per KiB of the reply.
-void PerKibibyte(benchmark::State& state) {
-  state.counters["perKiB"] = benchmark::Counter(
-      static_cast<double>(Reply().size()) / 1024,
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
+void PerKibibyte(benchmark::State& state) { PerKibibyteOf(state, Reply()); }
 
 void ReplyParse(benchmark::State& state) {
   const std::wstring text = ZLT::String::UTF8ToUTF16(Reply());

@@ -10,7 +10,8 @@ samples() {
   jq -r '.benchmarks[] | select(.error_occurred) | error("\(.name): \(.error_message)")' "$1"
   jq -r '[.benchmarks[] | select(.run_type == "iteration")] | group_by(.repetition_index)[] |
     (map({key: .name, value: (if .perKiB then 1e6 * .perKiB else .cpu_time / 1000 end)}) | from_entries) |
-    . + {BeyondCopies: (.PacedProgressEvent - .CopiesOfProgressEvent), StatusAnswerMs: (.StatusAnswer / 1000)} |
+    . + {BeyondCopies: (.PacedProgressEvent - .CopiesOfProgressEvent), StatusAnswerMs: (.StatusAnswer / 1000),
+      TextBothWays: (.["CallThroughC/64"] - .["CallOfCpp/64"]), TextOfMany: (.["CallThroughC/1024"] - .["CallOfCpp/1024"])} |
     to_entries[] | "\(.key) \(.value)"' "$1"
 }
 
@@ -30,3 +31,6 @@ row "reply parse per KiB, against jsoncpp alone" µs "≤ 1.05" "$SAMPLES" Reply
 row "the same, against jsoncpp on a text that is new each time" µs - "$SAMPLES" ReplyParse BareParseOfNewText
 row "whole entitlement query per KiB, exchange left out, against one jsoncpp parse" µs - "$SAMPLES" EntitlementQuery BareParse
 row "log line until it is text" µs - "$SAMPLES" LogRecordText -
+row "call with a document through the C interface per KiB, against the C++ call" µs - "$SAMPLES" CallThroughC/64 CallOfCpp/64
+row "its JSON text both ways, against one jsoncpp parse" µs "≤ 2.5" "$SAMPLES" TextBothWays ParseOfTitles/64
+row "the same, 1,024 titles" µs "≤ 2.5" "$SAMPLES" TextOfMany ParseOfTitles/1024

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
+#include <optional>
 
 #include "host/common/Text.h"
 #include "reference_host/base/FileInUse.h"
@@ -32,6 +34,18 @@ struct Loaded {
   Json::Value shareable;
 };
 
+/// What the host program has said itself, in the place of the file that is looked for.
+struct Given {
+  std::wstring file;
+  std::optional<std::string> json;
+};
+
+/// Null: nothing. Never destroyed: threads may read the configuration to the last moment.
+std::atomic<std::shared_ptr<const Given>>& TheGiven() {
+  static auto& given = *new std::atomic<std::shared_ptr<const Given>>;
+  return given;
+}
+
 std::wstring FromEnvironment() {
   std::wstring name(GetEnvironmentVariableW(Variable, nullptr, 0), L'\0');
   name.resize(GetEnvironmentVariableW(Variable, name.data(), static_cast<DWORD>(name.size())));
@@ -58,6 +72,11 @@ std::wstring NoFile() {
 
 /// @return an empty text on success, else what is wrong.
 std::wstring ReadFileLayer(Layer& layer) {
+  const std::shared_ptr<const Given> given = TheGiven().load();
+  if (given != nullptr && given->json) {
+    layer.name = "the text that the host gives";
+    return String::UTF8ToUTF16(ReadValues(*given->json, layer));
+  }
   const std::wstring name = ConfigurationFileName();
   layer.name = String::UTF16ToUTF8(name.empty() ? NoFile() : name);
   if (name.empty()) return {};
@@ -86,7 +105,8 @@ std::vector<Layer> ReadLayers(std::vector<std::wstring>& failures) {
 }
 
 bool IsNothingSet(const std::vector<Layer>& layers) {
-  return ConfigurationFileName().empty() && layers[0].values.empty() && layers.size() == 3;
+  return TheGiven().load() == nullptr && ConfigurationFileName().empty() &&
+         layers[0].values.empty() && layers.size() == 3;
 }
 
 Loaded Load() {
@@ -131,9 +151,22 @@ bool AreSame(const Loaded& one, const Loaded& other) {
                     });
 }
 
+bool Use(Given given, std::wstring& error) {
+  const auto before = TheGiven().exchange(std::make_shared<const Given>(std::move(given)));
+  std::wstring failure;
+  ReloadConfiguration(failure);
+  if (failure.empty()) return true;
+  error = failure;
+  TheGiven() = before;
+  ReloadConfiguration(failure);
+  return false;
+}
+
 }  // namespace
 
 std::wstring ConfigurationFileName() {
+  const std::shared_ptr<const Given> given = TheGiven().load();
+  if (given != nullptr) return given->file;
   return FileToRead(IsService(), FromEnvironment(), FromMachine());
 }
 
@@ -166,6 +199,14 @@ bool ReloadConfiguration(std::wstring& error) {
   if (isWorse || AreSame(before, read)) return false;
   Current() = Keep(std::move(read));
   return true;
+}
+
+bool UseConfigurationFile(const std::wstring& file, std::wstring& error) {
+  return Use({file, {}}, error);
+}
+
+bool UseConfigurationText(const std::string& json, std::wstring& error) {
+  return Use({{}, json}, error);
 }
 
 const std::wstring& ConfigurationError() { return TheLoaded().error; }

@@ -26,9 +26,17 @@ ZLT_API const Configuration& Settings();
 /// @return true when another one holds now than before.
 ZLT_API bool ReloadConfiguration(std::wstring& error);
 
+/// Names the file that the process reads, in the place of the one that it would look for, or gives
+/// its text. What stands above the file stays so.
+/// @param error out, why what they come to is not usable, one line; nothing has changed then.
+/// @return false then.
+bool UseConfigurationFile(const std::wstring& file, std::wstring& error);
+bool UseConfigurationText(const std::string& json, std::wstring& error);
+
 /// @return the name of the file that the process is to read (see `FileToRead`): the environment
 /// variable is TOLMAR_HOST_CONFIG, the machine's value "ConfigurationFile" of
-/// HKEY_LOCAL_MACHINE\SOFTWARE\Tolmar, 64-bit view. Empty when neither names one.
+/// HKEY_LOCAL_MACHINE\SOFTWARE\Tolmar, 64-bit view. Empty when neither names one. Or what
+/// `UseConfigurationFile` has named.
 ZLT_API std::wstring ConfigurationFileName();
 
 /// @return what it was read from, for a log line: "C:\...\host.json and HKEY_LOCAL_MACHINE\...".

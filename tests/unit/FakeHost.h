@@ -28,7 +28,7 @@ struct Reply {
 /// it calls the agent. Queues hold the next results; the happy ones come behind them.
 struct Script {
   bool logOpens = true, hasBroker = true, fetches = true, resumes = true;
-  bool installerStarts = true, installerEnds = true, waitsFail = false;
+  bool installerStarts = true, installerEnds = true, waitsFail = false, delivers = true;
   int registered = 1, keyExists = 1;
   std::int64_t now = 1000;  ///< seconds
   std::wstring baseUrl = L"https://cloud", realm = L"realm";

@@ -96,7 +96,12 @@ std::wstring ZLTPublisherSubscriber::Subscribe(Callback callback, bool replayLas
 }
 
 void ZLTPublisherSubscriber::Unsubscribe(const std::wstring& id) { Fake().Note("unsubscribe", id); }
-bool ZLTPublisherSubscriber::Publish(const ZLTNotificationData&, unsigned int) { return false; }
+bool ZLTPublisherSubscriber::Publish(const ZLTNotificationData& data, unsigned int timeout) {
+  Fake().Note("publish", int(timeout));
+  ZLTNotificationData copy = data;
+  Fake().onNotification(copy);
+  return Fake().delivers;
+}
 
 // Every lock has a mutex of its own and nothing in common with the others, for the thread
 // sanitizer.

@@ -1,0 +1,3 @@
+module tolmar
+
+go 1.19
