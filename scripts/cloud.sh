@@ -3,17 +3,22 @@ NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
 CLOUD=
 CLOUD_URL=
 
-# cloud_start FOLDER REALM [OPTION…]: serves FOLDER/catalogue.json over TLS on a free port; CLOUD_URL tells where. What it has to
-# say goes to FOLDER/cloudsim.log.
+# cloud_start FOLDER REALM [OPTION…]: serves FOLDER/catalogue.json over TLS on a free port; CLOUD_URL tells where. What it
+# has to say goes to FOLDER/cloudsim.log.
 cloud_start() {
+  cloud_start_plain "$@" --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key"
+}
+
+# cloud_start_plain FOLDER REALM [OPTION…]: the same without TLS.
+cloud_start_plain() {
   local folder=$1 tries
   rm -f "$folder/port"
-  "$NATIVE_BIN/cloudsim" --catalogue "$folder/catalogue.json" --port 0 --port-file "$folder/port" --realm "$2" \
-    --tls-cert "$PKI/tls.crt" --tls-key "$PKI/tls.key" "${@:3}" >"$folder/cloudsim.log" 2>&1 &
+  "$NATIVE_BIN/cloudsim" --catalogue "$folder/catalogue.json" --port 0 --port-file "$folder/port" --realm "$2" "${@:3}" \
+    >"$folder/cloudsim.log" 2>&1 &
   CLOUD=$!
   for ((tries = 0; tries < 100; tries++)); do
-    if [ -s "$folder/port" ]; then
-      CLOUD_URL=https://localhost:$(tr -d '[:space:]' <"$folder/port")
+    # The address is announced behind the port.
+    if [ -s "$folder/port" ] && CLOUD_URL=$(sed -n 's/^cloudsim: listening on //p' "$folder/cloudsim.log") && [ -n "$CLOUD_URL" ]; then
       return 0
     fi
     kill -0 "$CLOUD" 2>/dev/null || break

@@ -3,7 +3,7 @@ source scripts/pki.sh
 LAB=$BUILD/lab
 LAB_BIN=${LAB_BIN:-$BUILD/windows/bin}
 export WINEPREFIX=$LAB/prefix WINEDEBUG=-all
-export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+export WINEDLLOVERRIDES='mshtml=;winemenubuilder.exe=d'
 LAB_C=$WINEPREFIX/drive_c
 
 # lab_wine SECONDS PROGRAM ARGUMENTS...: runs a Windows program, with its exit status (8 bits of it).
@@ -27,18 +27,30 @@ lab_boot() {
   timeout 180 wine wineboot >/dev/null 2>&1 </dev/null
 }
 
+# Without mscoree, whose part in this is to ask a person for Mono. Genuine .NET needs it, so the services that have come up
+# without it end again.
 lab_create() {
   rm -rf "$WINEPREFIX" "$LAB/trust.stamp"
+  WINEDLLOVERRIDES="mscoree=;$WINEDLLOVERRIDES" lab_boot
+  lab_down
   lab_boot
 }
 
-# PowerShell is not to be had here: the script runner takes its place, in this prefix alone.
-lab_install_runner() {
-  local folder=$LAB_C/windows/system32/WindowsPowerShell/v1.0
-  cmp -s "$LAB_BIN/scriptrunner.exe" "$folder/powershell.exe" && return 0
+# lab_powershell scriptrunner|pwshhost: which program stands in the place of Windows PowerShell, in this prefix alone: the
+# script runner, or genuine PowerShell's host (behind scripts/powershell.sh).
+lab_powershell() {
+  local program=$LAB_BIN/$1.exe folder=$LAB_C/windows/system32/WindowsPowerShell/v1.0
+  if [ "$1" = pwshhost ]; then
+    mkdir -p "$LAB_C/Program Files/PowerShell"
+    ln -sfn "$BUILD/deps/powershell/7" "$LAB_C/Program Files/PowerShell/7"
+    ln -sfn "$BUILD/deps/powershell/dotnet" "$LAB_C/Program Files/dotnet"
+    # PowerShell asks each drive for its label; Wine complains aloud when it may not read the disk, but not over this one.
+    ln -sfn /dev/null "$WINEPREFIX/dosdevices/z::"
+  fi
+  cmp -s "$program" "$folder/powershell.exe" && return 0
   mkdir -p "$folder"
   rm -f "$folder/powershell.exe"
-  cp "$LAB_BIN/scriptrunner.exe" "$folder/powershell.exe"
+  cp "$program" "$folder/powershell.exe"
 }
 
 lab_trust() {
@@ -64,7 +76,7 @@ lab_up() {
     step "the lab's Windows" "$BUILD/log/prefix.log" lab_create
     stamp "$LAB/prefix.stamp" "$version"
   fi
-  lab_install_runner
+  lab_powershell scriptrunner
   lab_trust
   export LAB_RUNNING=$WINEPREFIX
 }

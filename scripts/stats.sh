@@ -29,7 +29,7 @@ row() {
 
 PRODUCT=(agent catalogue service install progress c_interface bindings host reference_host tools demo examples bench scripts cmake dev CMakeLists.txt)
 printf '%-24s %6s   %-42s %s\n' folder lines "file: median, longest" "function: median, longest"
-for folder in agent catalogue service install progress c_interface bindings host reference_host tools/{tolmarctl,cloudsim,scriptrunner,labtrust} \
+for folder in agent catalogue service install progress c_interface bindings host reference_host tools/* \
   demo examples bench; do
   row "$folder/" "$folder"
 done

@@ -65,6 +65,10 @@ version_resource_is_current() {
   done
 }
 
+policies_are_the_keys() {
+  bash scripts/policy.sh "$BUILD/policy" && /usr/bin/python3 tests/schema/policy.py "$BUILD/policy"
+}
+
 readme_shows_the_examples() {
   local shown
   for shown in cpp:embed/Main.cpp c:c/Main.c go:go/main.go; do
@@ -82,6 +86,23 @@ lint() {
   lab_up
   suite "agent by clang" "$BUILD/clang/bin/agent_unit_tests"
   suite "agent by clang, on Wine" lab_wine 120 "$BUILD/clang-windows/bin/agent_unit_tests.exe"
+}
+
+# Genuine PowerShell, in the script runner's place until the end: scripts by themselves, then a delivery with all parts.
+genuine_powershell() {
+  local told
+  if ! told=$(bash scripts/powershell.sh); then
+    echo "  left out: $told"
+    return
+  fi
+  source tests/powershell/fixtures.sh
+  powershell_fixtures "$BUILD/lab/scripts"
+  lab_powershell pwshhost
+  suite "scripts under PowerShell $told" env "TOLMAR_SCRIPTS=Z:${BUILD//\//\\}\\lab\\scripts" \
+    timeout 600 wine "$bin/powershell_tests.exe"
+  [ "$filter" != '*' ] || filter='Delivery.First*:Delivery.Second*:Report.NamesEach*' suite "delivery under PowerShell $told" \
+    env "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "$BUILD/native/bin/e2e_tests"
+  lab_powershell scriptrunner
 }
 
 finish() {
@@ -110,6 +131,7 @@ check "service's description" npm_tool redocly lint docs/protocol.yaml --config 
 check "exported names" exports_are_the_api
 check "README's examples" readme_shows_the_examples
 check "version resource" version_resource_is_current
+check "policy templates" policies_are_the_keys
 [ "$unit_only" = yes ] || check "installed headers" bash scripts/installed.sh headers
 
 echo "native lane"
@@ -166,6 +188,9 @@ if [ "$unit_only" = no ]; then
   fi
   check "installed package's example" bash scripts/installed.sh example
   check "installed package's hosts in other languages" bash scripts/installed.sh hosts
+  check "installer" bash scripts/deployed.sh
+  echo "genuine PowerShell"
+  genuine_powershell
 fi
 
 finish

@@ -217,11 +217,11 @@ std::vector<std::string> ConfigurationComplaints() {
   std::vector<std::wstring> failures;
   const std::vector<Layer> layers = ReadLayers(failures);
   if (IsNothingSet(layers)) failures.push_back(NoFile());
-  std::vector<std::string> complaints;
-  for (const std::wstring& failure : failures) complaints.push_back(String::UTF16ToUTF8(failure));
-  // Of a file that cannot be read all keys are missing.
-  if (!failures.empty()) return complaints;
-  return ComplaintsOver(layers);
+  if (failures.empty()) return ComplaintsOver(layers);
+  // Of a file that cannot be read all keys are missing: that is not told of.
+  std::vector<std::string> complaints(failures.size());
+  std::transform(failures.begin(), failures.end(), complaints.begin(), String::UTF16ToUTF8);
+  return complaints;
 }
 
 }  // namespace refhost

@@ -69,12 +69,22 @@ std::wstring FirstLocalNameOf(IBackgroundCopyJob& job) {
   return name.Text();
 }
 
+bool FetchesInto(const std::wstring& folder, IBackgroundCopyJob& job) {
+  return IsAlive(job) && IsBelow(FirstLocalNameOf(job), folder);
+}
+
 }  // namespace
 
 HRESULT CountJobsInto(const BitsJob::Manager& manager, const std::wstring& folder,
                       unsigned long& count) {
   return ForEachJob(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
-    if (IsAlive(*job.Get()) && IsBelow(FirstLocalNameOf(*job.Get()), folder)) ++count;
+    if (FetchesInto(folder, *job.Get())) ++count;
+  });
+}
+
+HRESULT CancelJobsInto(const BitsJob::Manager& manager, const std::wstring& folder) {
+  return ForEachJob(manager, [&](const ComPtr<IBackgroundCopyJob>& job) {
+    if (FetchesInto(folder, *job.Get())) CancelJob(job);
   });
 }
 

@@ -19,4 +19,7 @@ std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const 
 HRESULT CountJobsInto(const BitsJob::Manager& manager, const std::wstring& folder,
                       unsigned long& count);
 
+/// Cancels the jobs of this account that fetch into a folder. @return S_OK or BITS's error.
+HRESULT CancelJobsInto(const BitsJob::Manager& manager, const std::wstring& folder);
+
 }  // namespace refhost

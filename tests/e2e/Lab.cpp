@@ -115,6 +115,7 @@ Lab::Lab(const std::vector<Title>& titles, const std::vector<std::string>& optio
 }
 
 Lab::~Lab() {
+  if (_hasPolicy) ClearMachine();
   if (_cloud <= 0) return;
   KeepExchanges();
   kill(_cloud, SIGTERM);
@@ -228,7 +229,8 @@ std::string Lab::Wine(const std::string& command) const {
   return output;
 }
 
-void Lab::Policy(const std::string& key, const std::string& type, const std::string& data) const {
+void Lab::Policy(const std::string& key, const std::string& type, const std::string& data) {
+  _hasPolicy = true;
   Wine("reg add 'HKLM\\Software\\Policies\\Tolmar' /v " + key + " /t " + type + " /d '" + data +
        "' /f");
 }

@@ -58,7 +58,7 @@ class Lab {
   std::string Wine(const std::string& command) const;
 
   /// Sets a value of the machine's policy. @param type in, REG_SZ or another of `reg add`.
-  void Policy(const std::string& key, const std::string& type, const std::string& data) const;
+  void Policy(const std::string& key, const std::string& type, const std::string& data);
 
   /// The same on a terminal. @param environment in, assignments. @return what the terminal got.
   std::string RunOnTerminal(const std::string& environment, const std::string& arguments);
@@ -102,6 +102,7 @@ class Lab {
   std::filesystem::path _folder;
   Json::Value _configuration;
   Json::Value _faults{Json::arrayValue};
+  bool _hasPolicy = false;
   pid_t _cloud = -1;
   int _port = 0;
 };

@@ -140,6 +140,22 @@ TEST(Service, StopsInItsBoundInEachPhase) {
   }
 }
 
+TEST(Service, LetsOthersReadAndTellsThemThatItInstalls) {
+  Lab lab({{"slow"}});
+  Service service(lab);
+  service.Start();
+  const auto isInstalling = [&] {
+    return Contains(lab.LogText("TolmarAgent.log"), "Launching installer process now");
+  };
+  ASSERT_TRUE(Reaches(isInstalling, 30));
+  EXPECT_EQ(lab.Run("list").exitStatus, 0);
+  EXPECT_TRUE(Contains(lab.Run("service status").json["lease"].asString(), "TolmarHost.exe"));
+  const RunResult install = lab.RunForPeople("install --timeout 2");
+  EXPECT_EQ(install.exitStatus, 4);
+  EXPECT_TRUE(Contains(install.errors, "TolmarHost.exe) since")) << install.errors;
+  EXPECT_TRUE(service.Is("RUNNING"));
+}
+
 TEST(Service, GoesByAPolicyThatComesWhileItRuns) {
   Lab lab({{"alpha"}});
   const std::string address = lab.Configuration()["baseUrl"].asString();

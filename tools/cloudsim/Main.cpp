@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "tools/cloudsim/Catalogue.h"
@@ -13,6 +14,7 @@
 #include "tools/cloudsim/Listeners.h"
 #include "tools/cloudsim/Options.h"
 #include "tools/cloudsim/Service.h"
+#include "tools/cloudsim/drive/Drive.h"
 
 namespace cloudsim {
 namespace {
@@ -103,6 +105,7 @@ void Serve(const Options& options, Offer offer) {
 
 int main(int argc, char** argv) {
   using namespace cloudsim;
+  if (argc > 1 && std::string_view(argv[1]) == "drive") return Drive(argc - 1, argv + 1);
   Options options;
   int exitStatus = 0;
   if (!ReadOptions(argc, argv, options, exitStatus)) return exitStatus;

@@ -39,6 +39,7 @@ void AddAll(CLI::App& app, Options& options) {
 
 bool ReadOptions(int argc, char** argv, Options& options, int& exitStatus) {
   CLI::App app("The cloud service on one machine, with faults on order.", "cloudsim");
+  app.footer("cloudsim drive plays devices against a service: cloudsim drive --help");
   AddAll(app, options);
   try {
     app.parse(argc, argv);

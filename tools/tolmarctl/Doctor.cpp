@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "reference_host/doctor/Doctor.h"
-#include "tools/tolmarctl/Console.h"
+#include "tools/common/Console.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/Table.h"

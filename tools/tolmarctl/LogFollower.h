@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "tools/tolmarctl/Console.h"
+#include "tools/common/Console.h"
 
 /// Copies what this process writes to the logs to standard error, as it is written, from a thread
 /// of its own. A rotation loses nothing, unless a second one follows within a fifth of a second.

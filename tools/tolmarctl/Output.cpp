@@ -7,8 +7,8 @@
 #include <string>
 
 #include "reference_host/process/Restart.h"
+#include "tools/common/Console.h"
 #include "tools/common/Titles.h"
-#include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/Table.h"

@@ -16,8 +16,8 @@
 #include "reference_host/download/DownloadAgentOrder.h"
 #include "reference_host/files/FolderInspection.h"
 #include "reference_host/files/InstallationLease.h"
+#include "tools/common/Console.h"
 #include "tools/common/TerminalText.h"
-#include "tools/tolmarctl/Console.h"
 #include "tools/tolmarctl/Table.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "tools/tolmarctl/Console.h"
+#include "tools/common/Console.h"
 #include "tools/tolmarctl/Pace.h"
 
 class TolmarAgent;

@@ -33,9 +33,10 @@ bool Host::TakeConfiguration() {
   std::wstring error;
   const bool isAnother = refhost::ReloadConfiguration(error);
   // The one before holds where the newest is not usable.
-  error.empty() ? _refused.clear() : Refuse(error);
+  if (!error.empty()) Refuse(error);
   if (!refhost::ConfigurationError().empty()) return false;
   if (!_keeper) return Begin();
+  if (error.empty()) _refused.clear();
   if (isAnother) TellChange();
   return true;
 }

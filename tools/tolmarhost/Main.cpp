@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "host/common/Text.h"
+#include "reference_host/download/DataRemoval.h"
 #include "tools/common/Arguments.h"
 #include "tools/common/CancelWatch.h"
+#include "tools/common/Console.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/Registration.h"
 #include "tools/tolmarhost/Serve.h"
@@ -23,6 +25,8 @@ struct Options {
   bool console = false;
   bool install = false;
   bool uninstall = false;
+  bool removeData = false;
+  bool logs = false;
   std::string config;
 };
 
@@ -36,6 +40,10 @@ void AddOptions(CLI::App& app, Options& options) {
       app.add_flag("--uninstall", options.uninstall, "stop the service and take both out again");
   console->excludes(install)->excludes(uninstall);
   install->excludes(uninstall);
+  CLI::Option* remove = app.add_flag("--remove-data", options.removeData,
+                                     "delete downloads, kept token and state; the logs stay");
+  remove->excludes(console)->excludes(install)->excludes(uninstall);
+  app.add_flag("--logs", options.logs, "the logs, too")->needs(remove);
   app.add_option(
          "--config", options.config,
          "configuration file: of this run (--console), or of the machine's hosts (--install)")
@@ -53,6 +61,9 @@ int RunAtPrompt(const Options& options) {
     SetEnvironmentVariableW(L"TOLMAR_HOST_CONFIG",
                             ZLT::String::UTF8ToUTF16(options.config).c_str());
   }
+  // Unbuffered, as it is on a console, a character of several bytes would go there in pieces.
+  std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
+  const Console console;
   const CancelWatch watch(0);
   const EventLog log(true);
   if (!Serve(watch.Event(), log, [](DWORD) {})) EndHard();
@@ -64,6 +75,10 @@ int Run(const Options& options) {
     return Tell(registration::Install(ZLT::String::UTF8ToUTF16(options.config)));
   }
   if (options.uninstall) return Tell(registration::Uninstall());
+  if (options.removeData) {
+    const std::wstring left = refhost::RemoveData(options.logs);
+    return Tell(left.empty() ? left : L"left over: " + left);
+  }
   if (options.console) return RunAtPrompt(options);
   if (RunAsService() == 0) return 0;
   std::fputs("TolmarHost: a service is started by the service manager; --console works here\n",

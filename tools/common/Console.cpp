@@ -1,4 +1,4 @@
-#include "tools/tolmarctl/Console.h"
+#include "tools/common/Console.h"
 
 #include <cstdio>
 
