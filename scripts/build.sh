@@ -6,7 +6,7 @@
 #   soak          what ./dev soak runs under Wine                       -> build/windows/bin
 #   delivery      what ./dev bench delivery runs under Wine             -> build/windows/bin
 #   load          what ./dev bench load runs under Wine                 -> build/windows/bin
-#   cloudsim, herd, polls, micro, load-native  one native program        -> build/native/bin
+#   cloudsim, tolmarpack, herd, polls, micro, load-native  one native program        -> build/native/bin
 #   native        cloudsim and the tests that stand around the lab      -> build/native/bin
 #   native-all    everything that builds natively                       -> build/native/bin
 #   clang, clang-windows  everything, by the second compiler            -> build/clang/bin, build/clang-windows/bin
@@ -62,7 +62,7 @@ for lane in "$@"; do
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;
     delivery) for_windows delivery_bench idle_host tolmarctl scriptrunner labtrust ;;
-    cloudsim | herd | polls) native "$lane" ;;
+    cloudsim | herd | polls | tolmarpack) native "$lane" ;;
     load) for_windows load_bench scriptrunner labtrust ;;
     micro) native micro_bench ;;
     load-native) native load_bench_native ;;
@@ -77,9 +77,9 @@ for lane in "$@"; do
       by_clang coverage -DCMAKE_BUILD_TYPE= \
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
-    native) native cloudsim cloudsim_tests e2e_tests ;;
+    native) native cloudsim cloudsim_tests e2e_tests tolmarpack ;;
     asan) sanitized asan address,undefined agent_unit_tests c_interface_tests host_portable_tests scriptrunner_tests tolmarctl_tests \
-      tolmarhost_tests fuzz_replay ;;
+      tolmarhost_tests tolmarpack_tests fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests c_interface_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The demo's titles: fetches the programs, packs and signs them into build/demo/cloud. Does it again only when a
+# The demo's titles: fetches the programs, and has tolmarpack publish them in build/demo/cloud. Does it again only when a
 # script, a program or the signing certificate changed.
 source scripts/common.sh
 source scripts/lab.sh
@@ -18,30 +18,32 @@ fetch_package() {
   sha256sum --quiet -c - <<<"$2  $FETCHED" || die "$1 is not the package that was reviewed"
 }
 
-# pack_module MODULE PACKAGE SHA256 FILES...: the signed CAB (program and install.ps1) and the check script.
-pack_module() {
-  local module=$1 stage=$DEMO/stage/$1 file
+# stage_module MODULE PACKAGE SHA256 FILES...: the package's folder, with the programs in its payload.
+stage_module() {
+  local stage=$DEMO/stage/$1 file
   fetch_package "$2" "$3"
-  mkdir -p "$stage" "$DEMO/cloud/$module"
+  mkdir -p "$stage/payload"
+  cp "demo/$1"/* "$stage/"
   for file in "${@:4}"; do
-    tar -xzf "$FETCHED" -O "package/$file" >"$stage/$(basename "$file")"
+    tar -xzf "$FETCHED" -O "package/$file" >"$stage/payload/$(basename "$file")"
   done
-  cp "demo/$module/install.ps1" "$stage/"
-  cp "demo/$module/check-$module.ps1" "$DEMO/cloud/$module/"
-  cab_make "$DEMO/stage/$module.cab" "$stage"
-  cab_sign "$DEMO/stage/$module.cab" "$DEMO/cloud/$module/$module.cab"
 }
 
-pack_modules() {
-  local words
+# Titles and modules come in the order of payloads.txt.
+publish_modules() {
+  local words stages=()
   rm -rf "$DEMO/cloud" "$DEMO/stage"
   while read -ra words; do
-    pack_module "${words[@]}" </dev/null
+    stage_module "${words[@]}" </dev/null
+    stages+=("$DEMO/stage/${words[0]}")
   done < <(grep -v -e '^#' -e '^ *$' demo/payloads.txt)
+  "$BUILD/native/bin/tolmarpack" lint "${stages[@]}"
+  "$BUILD/native/bin/tolmarpack" publish "${stages[@]}" --catalogue "$DEMO/cloud/catalogue.json" \
+    --cert "$PKI/cs.crt" --key "$PKI/cs.key" --chain "$PKI/ca.crt"
 }
 
 pki_make
-inputs=$(cat demo/payloads.txt demo/*/*.ps1 scripts/demo-packages.sh "$PKI/cs.crt" | sha256sum)
+inputs=$(cat demo/payloads.txt demo/*/* scripts/demo-packages.sh "$PKI/cs.crt" | sha256sum)
 is_stamped "$DEMO/packages.stamp" "$inputs" && exit 0
-pack_modules
+publish_modules
 stamp "$DEMO/packages.stamp" "$inputs"

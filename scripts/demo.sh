@@ -14,7 +14,7 @@ STEP=start
 
 prepare() {
   bash scripts/deps.sh
-  bash scripts/build.sh product cloudsim
+  bash scripts/build.sh product cloudsim tolmarpack
   lab_up
   step "signed packages" "$BUILD/log/packages.log" bash scripts/demo-packages.sh
   choose_powershell
@@ -43,7 +43,8 @@ reset_pc() {
 }
 
 start_cloud() {
-  jq --arg token "$1" '{sessionToken: $token} + .' demo/catalogue.json >"$DEMO/cloud/catalogue.json"
+  jq --arg token "$1" '. + {sessionToken: $token, devices: ["PC-0001"]}' "$DEMO/cloud/catalogue.json" >"$DEMO/catalogue.json"
+  mv "$DEMO/catalogue.json" "$DEMO/cloud/"
   cloud_start "$DEMO/cloud" demo ${WATCH:+--console-port 0 --file-rate 400000}
 }
 
@@ -106,7 +107,7 @@ SESSION_TOKEN=$(openssl rand -hex 24)
 begin "The cloud service starts"
 start_cloud "$SESSION_TOKEN"
 configure_host "$SESSION_TOKEN"
-echo "  $CLOUD_URL, $(jq '.titles | length' demo/catalogue.json) titles in its catalogue"
+echo "  $CLOUD_URL, $(jq '.titles | length' "$DEMO/cloud/catalogue.json") titles in its catalogue"
 if [ -n "$WATCH" ]; then
   echo "  Watch: $(sed -n 's/^cloudsim: console at //p' "$DEMO/cloud/cloudsim.log") (Enter, or in 20 s: it goes on)"
   pause 20
@@ -149,7 +150,7 @@ show_log 8
 echo "  (Every start looks after the pre-install titles too; a host that ends stops that look, whatever stage it is at.)"
 
 STEP="counting what is installed and ran"
-TITLES=$(jq '.titles | length' demo/catalogue.json)
+TITLES=$(jq '.titles | length' "$DEMO/cloud/catalogue.json")
 INSTALLED=$(jq '[.result.swList[] | select(.status == "installed")] | length' "$DEMO/status.json")
 echo
 echo "demo: $INSTALLED of $TITLES titles installed"

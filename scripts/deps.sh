@@ -2,11 +2,12 @@
 # Installs what is missing: Debian packages, those of the arguments too, and the libraries that Debian has no MinGW builds
 # of (into build/deps). With --only: Debian packages, those of the arguments alone.
 source scripts/common.sh
+source scripts/npm.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
+  libcpp-httplib-dev libfuzzer-14-dev libgcab-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
+  make ninja-build openssl osslsigncode pkg-config python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
 ONLY=no
 if [ "${1:-}" = --only ]; then ONLY=yes && PACKAGES=("${@:2}"); else PACKAGES+=("$@"); fi
 DEPS=$BUILD/deps
@@ -87,4 +88,6 @@ build_libraries() {
 }
 
 install_packages
-[ "$ONLY" = yes ] || build_libraries
+[ "$ONLY" = yes ] && exit
+build_libraries
+npm_grammar

@@ -1,6 +1,6 @@
 # A throw-away Windows PC made of Wine, in build/lab. Sourced behind scripts/common.sh.
 source scripts/pki.sh
-LAB=$BUILD/lab
+LAB=${LAB:-$BUILD/lab}
 LAB_BIN=${LAB_BIN:-$BUILD/windows/bin}
 export WINEPREFIX=$LAB/prefix WINEDEBUG=-all
 export WINEDLLOVERRIDES='mshtml=;winemenubuilder.exe=d'

@@ -143,6 +143,7 @@ suite "reference host, portable" "$BUILD/asan/bin/host_portable_tests"
 check "fuzzing's inputs" "$BUILD/asan/bin/fuzz_replay" tests/fuzz/corpus
 suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
 suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
+suite "tolmarpack" "$BUILD/asan/bin/tolmarpack_tests"
 suite "service, portable" "$BUILD/asan/bin/tolmarhost_tests"
 suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
 
@@ -165,6 +166,7 @@ beyond_wine+=:DownloadAgentTest.AJobThatADeadProcessHasLeftIsOutOfTheWay
   suite "reference host as on Windows" env TOLMAR_AS_ON_WINDOWS=1 timeout 120 wine "$bin/host_windows_tests.exe"
 suite "script runner on Wine" lab_wine 120 "$bin/scriptrunner_tests.exe"
 suite "tolmarctl, portable, on Wine" lab_wine 120 "$bin/tolmarctl_tests.exe"
+suite "tolmarpack on Wine" lab_wine 120 "$bin/tolmarpack_tests.exe"
 suite "service, portable, on Wine" lab_wine 120 "$bin/tolmarhost_tests.exe"
 
 if [ "$unit_only" = no ]; then
@@ -179,6 +181,7 @@ if [ "$unit_only" = no ]; then
   rm -f "$runs" "$exchanges"
   suite "agent, host, cloud" env "NODE_PATH=$NPM/node_modules" "E2E_FOLDER=$BUILD/e2e" "E2E_BIN=$bin" "E2E_RUNS=$runs" \
     "E2E_EXCHANGES=$exchanges" "$BUILD/native/bin/e2e_tests"
+  check "packages, from an author's folder to a device" bash tests/tolmarpack/run.sh "$runs"
   # Debian's own Python, which has Debian's modules. Of some tests alone not every schema has an output.
   if [ "$filter" = '*' ]; then
     check "schemas" /usr/bin/python3 tests/schema/check.py "$runs"

@@ -7,7 +7,7 @@ $folder = "$env:ProgramFiles\Archiver"
 
 if ($command -eq 'install') {
     New-Item -ItemType Directory -Force -Path $folder | Out-Null
-    Copy-Item -LiteralPath "$PSScriptRoot\LICENSE.txt" -Destination "$folder\licence.txt" -Force
+    Copy-Item -LiteralPath "$PSScriptRoot\payload\LICENSE.txt" -Destination "$folder\licence.txt" -Force
 } elseif ($command -eq 'remove') {
     if (Test-Path -LiteralPath "$folder\licence.txt") {
         Remove-Item -LiteralPath "$folder\licence.txt" -Force

@@ -44,6 +44,7 @@ std::vector<std::wstring> Belongings(bool logsToo) {
 }  // namespace
 
 std::wstring RemoveData(bool logsToo) {
+  const ComApartment apartment;
   BitsJob::Manager manager;
   HRESULT result = BitsJob::Connect(manager);
   if (SUCCEEDED(result)) result = CancelJobsInto(manager, FilePlace::ArrivalFolder());

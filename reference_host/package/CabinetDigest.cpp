@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "reference_host/package/SignedContent.h"
+
 namespace refhost {
 
 namespace {
@@ -24,10 +26,9 @@ void AddRange(Sha256Hash& hash, const CabinetFile& cabinet, std::uint64_t from, 
 
 Sha256 SignedDigestOf(const CabinetFile& cabinet) {
   Sha256Hash hash;
-  // Left out: the first reserved field, the cabinet's number in a set, and the signature's place.
-  AddRange(hash, cabinet, 0, 4);
-  AddRange(hash, cabinet, 8, 34);
-  AddRange(hash, cabinet, 56, cabinet.Header().signatureOffset);
+  for (const ByteRange& range : SignedRanges(cabinet.Header())) {
+    AddRange(hash, cabinet, range.from, range.to);
+  }
   return hash.Finish();
 }
 

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "reference_host/package/CabinetFile.h"
+#include "reference_host/package/CabinetMember.h"
 
 namespace refhost {
-
-struct CabinetMember {
-  std::wstring name;  ///< as in the cabinet: a relative path if the cabinet is honest
-  std::uint64_t size = 0;
-};
 
 /// Lists all members without unpacking anything.
 /// @throws std::runtime_error when the cabinet is malformed or continues in another one.

@@ -19,6 +19,7 @@
 #include "reference_host/base/Handle.h"
 #include "reference_host/base/ModulePin.h"
 #include "reference_host/package/CabinetDigest.h"
+#include "reference_host/package/SignedContent.h"
 
 namespace refhost {
 
@@ -28,16 +29,12 @@ using Bytes = std::vector<std::uint8_t>;
 using BytesView = std::span<const std::uint8_t>;
 
 constexpr DWORD Encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
-/// No honest signature comes near; a package must not make the check use up the memory.
-constexpr std::uint32_t MaxSignatureBytes = 1 << 20;
 /// Windows may fetch roots and lists over the network, each with a time-out of 15 s by default. For
 /// all of them, of the time in which the machine is awake:
 constexpr std::chrono::seconds TrustLimit(60);
 /// How often the caller looks for a stop meanwhile.
 constexpr std::chrono::milliseconds StopLook(50);
 constexpr char CodeSigningUsage[] = "1.3.6.1.5.5.7.3.3";
-constexpr char TimeStampAttribute[] = "1.3.6.1.4.1.311.3.3.1";
-constexpr char CounterSignatureAttribute[] = "1.2.840.113549.1.9.6";
 
 /// Closes a handle of the crypto library at the end of its scope.
 template <auto Close>
@@ -59,12 +56,12 @@ void Require(bool condition, const char* fault) {
 
 Bytes ReadSignature(const CabinetFile& cabinet) {
   const CabinetHeader& header = cabinet.Header();
-  Require(SignatureEndsFile(header, cabinet.Size()), "its signature does not cover the whole file");
-  Require(header.signatureSize <= MaxSignatureBytes, "its signature is too large");
+  Require(SignatureEndsFile(header, cabinet.Size()), SignatureFault::NotWhole);
+  Require(header.signatureSize <= MaxSignatureBytes, SignatureFault::TooLarge);
   Bytes bytes(header.signatureSize);
   Require(cabinet.ReadAt(header.signatureOffset, bytes.data(), header.signatureSize) ==
               header.signatureSize,
-          "its signature cannot be read");
+          SignatureFault::NotRead);
   return bytes;
 }
 
@@ -72,7 +69,7 @@ Message Decode(const Bytes& bytes) {
   Message message(CryptMsgOpenToDecode(Encoding, 0, 0, 0, nullptr, nullptr));
   Require(message &&
               CryptMsgUpdate(message.get(), bytes.data(), static_cast<DWORD>(bytes.size()), TRUE),
-          "its signature cannot be decoded");
+          SignatureFault::NotDecoded);
   return message;
 }
 
@@ -105,56 +102,44 @@ BytesView AttributeValue(const Bytes& parameter, const char* identifier) {
   return {};
 }
 
-/// @return true when `bytes` end in `prefix` and then `digest`.
-bool EndsIn(BytesView bytes, BytesView prefix, const Sha256& digest) {
-  if (bytes.size() < prefix.size() + digest.size()) return false;
-  const BytesView end = bytes.last(digest.size());
-  const BytesView before = bytes.first(bytes.size() - digest.size()).last(prefix.size());
-  return std::ranges::equal(before, prefix) && std::ranges::equal(end, digest);
-}
-
 /// @return what is inside of an encoded sequence that is `bytes` as a whole.
 BytesView InsideOfSequence(BytesView bytes) {
-  Require(bytes.size() >= 2 && bytes[0] == 0x30, "its signature's content is malformed");
+  Require(bytes.size() >= 2 && bytes[0] == 0x30, SignatureFault::Malformed);
   std::size_t header = 2, length = bytes[1];
   if (length >= 0x80) {
     header += length & 0x7F;
-    Require(header <= 6 && header <= bytes.size(), "its signature's content is malformed");
+    Require(header <= 6 && header <= bytes.size(), SignatureFault::Malformed);
     length = 0;
     for (std::size_t i = 2; i < header; ++i) length = length << 8 | bytes[i];
   }
-  Require(bytes.size() - header == length, "its signature's content is malformed");
+  Require(bytes.size() - header == length, SignatureFault::Malformed);
   return bytes.subspan(header);
 }
 
 /// The signed content holds the digest of the cabinet, the signed attributes that of the content.
 void CheckDigests(const CabinetFile& cabinet, const Message& message) {
-  constexpr std::uint8_t Sha256DigestInfo[] = {0x30, 0x31, 0x30, 0x0D, 0x06, 0x09, 0x60,
-                                               0x86, 0x48, 0x01, 0x65, 0x03, 0x04, 0x02,
-                                               0x01, 0x05, 0x00, 0x04, 0x20};
   constexpr std::uint8_t OctetString[] = {0x04, 0x20};
   const Bytes type = Parameter(message, CMSG_INNER_CONTENT_TYPE_PARAM);
   constexpr std::size_t TypeBytes = sizeof(SPC_INDIRECT_DATA_OBJID);  // with the closing zero
   Require(
       type.size() >= TypeBytes && std::memcmp(type.data(), SPC_INDIRECT_DATA_OBJID, TypeBytes) == 0,
-      "its signature is none of a program or package");
+      SignatureFault::OtherKind);
   const Bytes content = Parameter(message, CMSG_CONTENT_PARAM);
-  Require(EndsIn(content, Sha256DigestInfo, SignedDigestOf(cabinet)),
-          "it was changed after it was signed, or signed with another digest than SHA-256");
+  Require(EndsIn(content, Sha256DigestInfo, SignedDigestOf(cabinet)), SignatureFault::Changed);
   const Bytes attributes = Parameter(message, CMSG_SIGNER_AUTH_ATTR_PARAM);
   const BytesView digest = AttributeValue(attributes, szOID_RSA_messageDigest);
   Require(digest.size() == sizeof(OctetString) + sizeof(Sha256) &&
               EndsIn(digest, OctetString, DigestOf(InsideOfSequence(content))),
-          "its signature's content was changed");
+          SignatureFault::ContentChanged);
 }
 
 Certificate FindSigner(const Message& message, const Store& store) {
-  Require(NumberParameter(message, CMSG_SIGNER_COUNT_PARAM) == 1, "it has not exactly one signer");
+  Require(NumberParameter(message, CMSG_SIGNER_COUNT_PARAM) == 1, SignatureFault::NotOneSigner);
   Bytes info = Parameter(message, CMSG_SIGNER_CERT_INFO_PARAM);
-  Require(!info.empty() && store, "its signer's certificate is missing");
+  Require(!info.empty() && store, SignatureFault::NoCertificate);
   Certificate signer(CertGetSubjectCertificateFromStore(store.get(), Encoding,
                                                         reinterpret_cast<CERT_INFO*>(info.data())));
-  Require(signer != nullptr, "its signer's certificate is missing");
+  Require(signer != nullptr, SignatureFault::NoCertificate);
   return signer;
 }
 
@@ -200,7 +185,7 @@ void CheckChain(const Certificate& signer, const Store& store, bool timeStamped)
   Require(CertVerifyCertificateChainPolicy(CERT_CHAIN_POLICY_AUTHENTICODE, chain.get(), &policy,
                                            &verdict) &&
               verdict.dwError == 0 && errors == 0,
-          "its signer is not trusted for code signing on this machine");
+          SignatureFault::NotTrusted);
 }
 
 void CheckByPlatform(const std::wstring& path, HANDLE handle) {
@@ -278,7 +263,7 @@ void CheckSignature(const CabinetFile& cabinet, SignatureFindings& findings) {
   findings.thumbprint = Hex(DigestOf({signer->pbCertEncoded, signer->cbCertEncoded}));
   CheckDigests(cabinet, message);
   Require(CryptMsgControl(message.get(), 0, CMSG_CTRL_VERIFY_SIGNATURE, signer->pCertInfo),
-          "its signature does not belong to its signer's certificate");
+          SignatureFault::OtherSigner);
   const std::shared_ptr<const TrustQuestion> question(
       new TrustQuestion{std::move(message), std::move(store), std::move(signer), cabinet.Path(),
                         Duplicate(cabinet.File())});

@@ -11,21 +11,28 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <utility>
+
+#include "reference_host/base/Handle.h"
+#include "reference_host/files/LongPath.h"
 
 namespace refhost {
 
 namespace {
 
 /// The packer's disk: its sources, its temporary files and the cabinet. Neither a name nor a byte
-/// of it reaches a real one.
+/// that it writes reaches a real one.
 struct Disk {
   std::map<std::string, std::string> files;
+  std::map<std::string, std::wstring> real;  ///< sources that are read from where they are
+  CabinetTime time = CabinetTime::Now;
   unsigned int temporary = 0;
 };
 
 struct Stream {
   std::string& bytes;
   std::size_t position = 0;
+  Handle file{};  ///< a source's; else the bytes count
 };
 
 constexpr char CabinetName[] = "bundle.cab";
@@ -43,6 +50,10 @@ INT_PTR DIAMONDAPI Open(char* name, int, int, int*, void* disk) try {
 
 UINT DIAMONDAPI Read(INT_PTR handle, void* buffer, UINT length, int*, void*) {
   Stream& stream = AsStream(handle);
+  DWORD read = 0;
+  if (stream.file) {
+    return ReadFile(stream.file.Get(), buffer, length, &read, nullptr) ? read : UINT(-1);
+  }
   if (stream.position >= stream.bytes.size()) return 0;
   const std::size_t count = stream.bytes.copy(static_cast<char*>(buffer), length, stream.position);
   stream.position += count;
@@ -84,14 +95,37 @@ BOOL DIAMONDAPI NameTemporary(char* name, int length, void* disk) {
   return std::snprintf(name, static_cast<std::size_t>(length), "%u.tmp", number) < length;
 }
 
-INT_PTR DIAMONDAPI OpenSource(char* name, USHORT* date, USHORT* time, USHORT* attributes,
-                              int* error, void* disk) {
+bool TellTime(CabinetTime wanted, USHORT* date, USHORT* time) {
+  constexpr USHORT FirstOfJanuary1980 = 1 << 5 | 1;
+  *date = FirstOfJanuary1980;
+  *time = 0;
   SYSTEMTIME now{};
   FILETIME stamp{};
   GetLocalTime(&now);
-  if (!SystemTimeToFileTime(&now, &stamp) || !FileTimeToDosDateTime(&stamp, date, time)) return -1;
-  *attributes = 0;
-  return Open(name, 0, 0, error, disk);
+  return wanted == CabinetTime::None ||
+         (SystemTimeToFileTime(&now, &stamp) && FileTimeToDosDateTime(&stamp, date, time));
+}
+
+bool IsAscii(const std::string& name) {
+  return std::all_of(name.begin(), name.end(), [](char c) { return c >= 0; });
+}
+
+/// @return a stream of the packer's disk that reads the real file, -1 when that cannot be opened.
+INT_PTR OpenReal(const std::wstring& path, std::string& unused) {
+  Handle file(CreateFileW(LongPath(path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                          OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+  if (!file) return -1;
+  return reinterpret_cast<INT_PTR>(new (std::nothrow) Stream{unused, 0, std::move(file)});
+}
+
+INT_PTR DIAMONDAPI OpenSource(char* name, USHORT* date, USHORT* time, USHORT* attributes,
+                              int* error, void* opaque) {
+  Disk& disk = *static_cast<Disk*>(opaque);
+  if (!TellTime(disk.time, date, time)) return -1;
+  *attributes = IsAscii(name) ? 0 : _A_NAME_IS_UTF;
+  const auto real = disk.real.find(name);
+  return real == disk.real.end() ? Open(name, 0, 0, error, opaque)
+                                 : OpenReal(real->second, disk.files[name]);
 }
 
 int DIAMONDAPI Placed(PCCAB, char*, __LONG32, BOOL, void*) { return 0; }
@@ -109,8 +143,9 @@ void Require(BOOL done, const ERF& error) {
 
 }  // namespace
 
-std::string MakeCabinet(const std::vector<CabinetSource>& files) {
+std::string MakeCabinet(const std::vector<CabinetSource>& files, CabinetTime time) {
   Disk disk;
+  disk.time = time;
   ERF error{};
   CCAB cabinet{};
   cabinet.cb = CB_MAX_DISK;
@@ -122,6 +157,7 @@ std::string MakeCabinet(const std::vector<CabinetSource>& files) {
   Require(packer != nullptr, error);
   for (const CabinetSource& file : files) {
     disk.files[file.name] = file.bytes;
+    if (!file.file.empty()) disk.real[file.name] = file.file;
     std::string name = file.name;
     Require(FCIAddFile(packer.get(), name.data(), name.data(), FALSE, NextCabinet, Status,
                        OpenSource, tcompTYPE_MSZIP),

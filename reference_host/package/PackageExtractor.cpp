@@ -13,7 +13,6 @@
 #include "reference_host/files/FolderHolds.h"
 #include "reference_host/files/InstallationLease.h"
 #include "reference_host/files/LongPath.h"
-#include "reference_host/files/MemberName.h"
 #include "reference_host/log/Event.h"
 #include "reference_host/package/CabinetFile.h"
 #include "reference_host/package/CabinetReader.h"
@@ -29,26 +28,6 @@ using Clock = std::chrono::steady_clock;
 constexpr int MaxFolderNumber = 1000;
 
 PackagePolicy Policy() { return {Settings().requireSignedPackages, Settings().trustedPublishers}; }
-
-/// Judges all members before the first is written. @return the bytes that they come to.
-std::uint64_t CheckMembers(const CabinetFile& cabinet) {
-  MemberNames names;
-  std::uint64_t total = 0;
-  for (const CabinetMember& member : ListMembers(cabinet)) {
-    const std::string refusal = names.Add(member.name);
-    if (!refusal.empty()) {
-      throw PackageFault("package.member", "the package holds a member that is refused (" +
-                                               refusal +
-                                               "): " + ZLT::String::UTF16ToUTF8(member.name));
-    }
-    total += member.size;
-    if (total > Settings().maxUnpackedBytes) {
-      throw PackageFault("package.too-large",
-                         "the package unpacks to more bytes than maxUnpackedBytes allows");
-    }
-  }
-  return total;
-}
 
 /// A disk that fills up on the way would fail other programs too.
 void CheckRoom(const std::wstring& folder, std::uint64_t bytes) {
@@ -119,7 +98,7 @@ std::string Judge(const CabinetFile& cabinet) {
 
 std::wstring Unpack(const CabinetFile& cabinet, const std::wstring& cabPath) {
   const Clock::time_point begin = Clock::now();
-  const std::uint64_t bytes = CheckMembers(cabinet);
+  const std::uint64_t bytes = CheckMembers(ListMembers(cabinet), Settings().maxUnpackedBytes);
   // In the caller's notation, as a script's command line needs it.
   std::wstring folder = CreateFolderBeside(cabPath);
   try {

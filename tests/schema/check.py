@@ -20,6 +20,7 @@ MAY_LACK = {"list": TITLE, "status": TITLE | {"progress"}, "configure": TITLE | 
             "plan": {"lease", "refusal"}, "doctor": set(), "explain": set(), "files": set(), "entitled": set(),
             "run": set(), "config-show": set(), "config-validate": set(), "config-set-token": set(), "service-status": {"nextRun", "lastRun", "ended", "cause", "tried", "again", "code", "why", "lease"},
             "report": {"ms", "code", "cause", "restart"}, "bundle": set(),
+            "lint": set(), "verify": set(), "test": set(),
             "events": {"title", "name", "status", "cause", "reason", "publisher", "thumbprint", "script", "exitCode", "ms",
                        "output", "waitMs"}}
 # Of which no type is wrong.
@@ -70,7 +71,7 @@ def check_alterations(name, document, may_lack):
 
 
 def check_configurations(runs):
-    for run in runs:
+    for run in [run for run in runs if "configuration" in run]:  # Other programs than tolmarctl have none.
         said = run["errors"] + run["output"].replace('\\"', '"')  # The doctor complains in its output.
         is_refused = run["exitStatus"] != 0 and 'key "' in said
         found = errors("configuration", run["configuration"])
@@ -84,7 +85,8 @@ def main():
     runs = [json.loads(line) for line in pathlib.Path(sys.argv[1]).read_text().splitlines()]
     seen = check_outputs(runs)
     check_configurations(runs)
-    seen["configuration"] = max((run["configuration"] for run in runs if run["exitStatus"] == 0), key=len)
+    seen["configuration"] = max((run["configuration"] for run in runs if run["exitStatus"] == 0 and "configuration" in run),
+                                key=len)
     schema = SCHEMAS["configuration"]
     may_lack = {**MAY_LACK, "configuration": schema["properties"].keys() - set(schema["required"])}
     for kind, document in seen.items():

@@ -7,6 +7,7 @@
 #include <memory>
 #include <sstream>
 
+#include "reference_host/causes/Causes.h"
 #include "tools/common/TerminalText.h"
 
 namespace timeline {
@@ -109,6 +110,13 @@ std::string PhraseOf(const Record& record) {
   if (kind == "token.failed")
     return "no token, status or error " + std::to_string(record.Number("status"));
   return record.Text("reason");
+}
+
+std::string LinesOfCause(const std::string& id, const std::string& indentation) {
+  const refhost::Cause* cause = refhost::FindCause(id);
+  if (cause == nullptr) return {};
+  return indentation + cause->id + ": " + cause->happened + "\n" + indentation +
+         "do: " + cause->remedy + "\n";
 }
 
 std::string Duration(std::int64_t milliseconds) {

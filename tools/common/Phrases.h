@@ -29,6 +29,10 @@ class Record {
 /// that is nothing.
 std::string PhraseOf(const Record& record);
 
+/// @return what a cause (Causes.h) stands for and what to do, two lines that begin with the
+/// indentation; empty when nobody has described it.
+std::string LinesOfCause(const std::string& id, const std::string& indentation);
+
 /// @return "12 ms", "1.2 s", "3 min 20 s".
 std::string Duration(std::int64_t milliseconds);
 

@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <sstream>
 
-#include "reference_host/causes/Causes.h"
 #include "tools/common/Phrases.h"
 #include "tools/tolmarctl/Report.h"
 
@@ -32,10 +31,7 @@ std::string TitleLines(const Title& title) {
   lines += title.name.empty() ? "" : "  " + title.name;
   lines += ": " + SummaryOf(title) + "\n";
   for (const Step& step : title.steps) lines += StepLines(step);
-  const std::string id = CauseOf(title);
-  if (const refhost::Cause* cause = refhost::FindCause(id)) {
-    lines += "    " + id + ": " + cause->happened + "\n    do: " + cause->remedy + "\n";
-  }
+  lines += LinesOfCause(CauseOf(title), "    ");
   if (title.output.empty()) return lines;
   return lines + "    the installer's output, its end:\n" + Indented(title.output, "      ");
 }

@@ -1,0 +1,68 @@
+#include "tools/tolmarpack/Files.h"
+
+#include <fstream>
+#include <random>
+#include <stdexcept>
+#include <system_error>
+
+#include "tools/tolmarpack/Program.h"
+
+namespace fs = std::filesystem;
+
+namespace tolmarpack {
+
+fs::path PathOf(const std::string& utf8) { return {std::u8string(utf8.begin(), utf8.end())}; }
+
+std::string TextOf(const fs::path& path) {
+  const std::u8string text = path.generic_u8string();
+  return {text.begin(), text.end()};
+}
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes(file ? fs::file_size(path) : 0, '\0');
+  if (!file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
+    throw std::runtime_error("cannot read " + TextOf(path));
+  return bytes;
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+  if (path.has_parent_path()) fs::create_directories(path.parent_path());
+  fs::path part = path;
+  part += ".part";
+  std::ofstream file(part, std::ios::binary);
+  file << bytes;
+  file.close();
+  if (!file) throw std::runtime_error("cannot write " + TextOf(part));
+  fs::rename(part, path);
+}
+
+TemporaryFolder::TemporaryFolder() {
+  do {
+    _path = fs::temp_directory_path() / ("tolmarpack-" + RandomText(8));
+  } while (!fs::create_directory(_path));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code unused;
+  fs::remove_all(_path, unused);
+}
+
+std::string RandomText(unsigned int count) {
+  constexpr char Digits[] = "0123456789abcdef";
+  std::random_device random;
+  std::string text;
+  for (unsigned int i = 0; i < 2 * count; ++i) text += Digits[random() % 16];
+  return text;
+}
+
+fs::path FindAbove(const std::string& name) {
+  fs::path folder = OwnProgram().parent_path();
+  while (!fs::exists(folder / name)) {
+    if (folder == folder.parent_path()) return {};
+    folder = folder.parent_path();
+  }
+  return folder / name;
+}
+
+}  // namespace tolmarpack
