@@ -17,18 +17,7 @@ prepare() {
   bash scripts/build.sh product cloudsim tolmarpack
   lab_up
   step "signed packages" "$BUILD/log/packages.log" bash scripts/demo-packages.sh
-  choose_powershell
-}
-
-# Genuine PowerShell where it is to be had.
-choose_powershell() {
-  local told
-  if told=$(bash scripts/powershell.sh); then
-    lab_powershell pwshhost
-    echo "  scripts are run by PowerShell $told"
-  else
-    echo "  scripts are run by the lab's script runner, not by PowerShell: $told"
-  fi
+  lab_choose_powershell
 }
 
 # The PC as before the first delivery: no program, no registry value, no log.

@@ -7,7 +7,8 @@ source scripts/common.sh
 LAB=$BUILD/trial
 source scripts/lab.sh
 source scripts/cloud.sh
-for program in "$LAB_BIN/tolmarctl.exe" "$LAB_BIN/scriptrunner.exe" "$LAB_BIN/labtrust.exe" "$NATIVE_BIN/cloudsim"; do
+for program in "$LAB_BIN/tolmarctl.exe" "$LAB_BIN/scriptrunner.exe" "$LAB_BIN/pwshhost.exe" "$LAB_BIN/labtrust.exe" \
+  "$NATIVE_BIN/cloudsim"; do
   [ -f "$program" ] || die "${program#"$ROOT/"} is not there: ./dev build product cloudsim"
 done
 gone() {
@@ -17,6 +18,7 @@ gone() {
 trap gone EXIT
 rm -rf "$LAB"
 lab_up >&2
+lab_choose_powershell >&2
 export LAB_C LAB_BIN NATIVE_BIN PKI TOLMARPACK_LAB=$LAB
 cd "$folder"
 "$@"

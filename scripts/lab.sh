@@ -53,6 +53,17 @@ lab_powershell() {
   cp "$program" "$folder/powershell.exe"
 }
 
+# lab_choose_powershell: genuine PowerShell where it is to be had; tells which it is.
+lab_choose_powershell() {
+  local told
+  if told=$(bash scripts/powershell.sh); then
+    lab_powershell pwshhost
+    echo "  scripts are run by PowerShell $told"
+  else
+    echo "  scripts are run by the lab's script runner, not by PowerShell: $told"
+  fi
+}
+
 lab_trust() {
   local root
   root=$(pki_thumbprint "$PKI/ca.crt")
