@@ -14,7 +14,7 @@ install(FILES CHANGELOG.md docs/operations.md docs/packages.md docs/security.md 
 
 install(TARGETS TolmarReferenceHost EXPORT ReferenceHostTargets COMPONENT ReferenceHost)
 install(FILES reference_host/Startup.h DESTINATION include/tolmar/reference_host COMPONENT ReferenceHost)
-install(TARGETS tolmarctl TolmarHost COMPONENT Tools)
+install(TARGETS tolmarctl tolmarpack TolmarHost COMPONENT Tools)
 
 if(TARGET TolmarAgentC)
   install(TARGETS TolmarAgentC COMPONENT C)

@@ -15,7 +15,7 @@ void AddFault(const std::string& file, const std::string& rest, LintReport& repo
   const std::size_t colon = rest.find(": ");
   const std::string text = colon == std::string::npos ? rest : rest.substr(colon + 2);
   report.Add("syntax", file, std::strtoul(rest.c_str(), nullptr, 10),
-             text.substr(0, text.find_last_not_of("\r") + 1));
+             text.substr(0, text.find_last_not_of('\r') + 1));
 }
 
 }  // namespace
@@ -23,6 +23,7 @@ void AddFault(const std::string& file, const std::string& rest, LintReport& repo
 void LintSyntax(const std::vector<ScriptToParse>& scripts, LintReport& report) try {
   if (scripts.empty()) return;
   std::vector<std::string> files;
+  files.reserve(scripts.size());
   for (const ScriptToParse& script : scripts) files.push_back(TextOf(script.path));
   const Ending ending = RunParser(files);
   if (ending.exitStatus != 0 && ending.exitStatus != 1) throw std::runtime_error(ending.output);

@@ -19,6 +19,7 @@ struct Program::Process {
 
 Program::Program(const std::vector<std::string>& words) : _process(new Process) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   std::array<int, 2> ends{};

@@ -75,7 +75,8 @@ Bytes ContentOf(const PKCS7& message) {
   const PKCS7* content = message.d.sign->contents;
   Require(IdentifierOf(content->type) == IndirectDataType, Fault::OtherKind);
   const ASN1_TYPE* value = content->d.other;
-  Require(value != nullptr && value->type == V_ASN1_SEQUENCE, Fault::Malformed);
+  if (value == nullptr || value->type != V_ASN1_SEQUENCE)
+    throw std::runtime_error(Fault::Malformed);
   return {value->value.sequence->data, static_cast<std::size_t>(value->value.sequence->length)};
 }
 
