@@ -57,7 +57,7 @@ std::uint32_t Guarded(const Work& work) noexcept try {
 
 /// The same for a call that asks the agent. @param work in, gets the agent.
 template <typename Work>
-std::uint32_t WithAgent(const Work& work) noexcept {
+std::uint32_t WithAgent(const Work& work) {
   return Guarded([&] { return work(StartedAgent()); });
 }
 

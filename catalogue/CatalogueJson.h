@@ -9,13 +9,14 @@
 namespace CatalogueJson {
 
 /// Reads an element of "swList": identifier and pre-install mark, not the modules.
-/// @param package out, what was read before a failure stays in it.
+/// @param element in. @param package out, what was read before a failure stays in it.
 void ReadTitle(const Json::Value& element, SoftwarePackage& package);
 
-/// @return the module of an element of "moduleList", still without files.
+/// @param element in, of "moduleList". @param title in, the module's.
+/// @return the module, still without files.
 SoftwareModule ReadModule(const Json::Value& element, const SoftwarePackage& title);
 
-/// @return the file of an element of "fileList".
+/// @param element in, of "fileList". @return the file.
 ModuleFile ReadFile(const Json::Value& element);
 
 }  // namespace CatalogueJson

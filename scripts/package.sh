@@ -7,7 +7,7 @@ VERSION=$(cat VERSION)
 NAME=TolmarAgent-$VERSION-windows-x64-mingw
 MSI=TolmarHost-$VERSION-x64.msi
 BOM=TolmarAgent-$VERSION.cdx.json
-PROGRAMS=(TolmarAgent.dll TolmarAgentC.dll TolmarReferenceHost.dll TolmarHost.exe tolmarctl.exe)
+PROGRAMS=(TolmarAgent.dll TolmarAgentC.dll TolmarReferenceHost.dll TolmarHost.exe tolmarctl.exe tolmarpack.exe)
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
 
 # fix FOLDER: nothing in it tells when or by whom it was made.

@@ -172,9 +172,7 @@ suite "service, portable, on Wine" lab_wine 120 "$bin/tolmarhost_tests.exe"
 if [ "$unit_only" = no ]; then
   echo "end to end"
   # Looks at the report's page and the console; hosts in other languages.
-  tools=(chromium golang-go lld)
-  command -v dotnet >/dev/null || tools+=(mono-mcs)
-  bash scripts/deps.sh "${tools[@]}"
+  bash scripts/deps.sh chromium golang-go lld mono-mcs
   npm_packages
   source tests/e2e/fixtures.sh
   e2e_fixtures "$BUILD/e2e"

@@ -34,7 +34,8 @@ Time Run(const Scenario& scenario, Policy policy, Time poll, Time end, Dice& dic
 
 std::vector<std::uint32_t> Simulate(const Scenario& scenario, Policy policy) {
   const Time end = Time{scenario.days} * 24 * 3600;
-  const Time reboot = scenario.rebootHour == 0 ? end : Time{scenario.rebootHour} * 3600;
+  Time reboot = end;
+  if (scenario.rebootHour != 0) reboot = Time{scenario.rebootHour} * 3600;
   std::vector<std::uint32_t> seconds(static_cast<std::size_t>(end));
   Dice dice(scenario.seed);
   for (int host = 0; host < scenario.hosts; ++host) {

@@ -12,7 +12,7 @@ namespace {
 
 using C = Configuration;
 
-constexpr std::uint64_t Hour = 60 * 60;
+constexpr std::uint64_t Hour = 3600;
 constexpr std::uint64_t Day = 24 * Hour;
 constexpr std::uint64_t Week = 7 * Day;
 /// Below the one no package is delivered; up to the other every JSON writer is exact.
@@ -58,10 +58,10 @@ constexpr Key Mandatory(const char* name, const char* meaning,
                         void (*take)(const Key&, const Json::Value&, C&),
                         Json::Value (*show)(const C&)) {
   return {.name = name,
-          .type = KeyType::Text,
           .meaning = meaning,
           .take = take,
           .show = show,
+          .type = KeyType::Text,
           .isMandatory = true};
 }
 
@@ -69,10 +69,10 @@ template <auto Member>
 constexpr Key Number(const char* name, std::uint64_t least, std::uint64_t most,
                      const char* meaning) {
   return {.name = name,
-          .type = KeyType::Number,
           .meaning = meaning,
           .take = Take<Member, NumberOf>,
           .show = Show<Member>,
+          .type = KeyType::Number,
           .least = least,
           .most = most};
 }
@@ -81,10 +81,10 @@ template <auto Member, auto Read>
 constexpr Key Plain(const char* name, KeyType type, const char* meaning,
                     const char* otherwise = nullptr) {
   return {.name = name,
-          .type = type,
           .meaning = meaning,
           .take = Take<Member, Read>,
           .show = Show<Member>,
+          .type = type,
           .otherwise = otherwise};
 }
 
@@ -130,10 +130,10 @@ constexpr Key Table[] = {
                                            "For the check after a cancelled installation"),
     Number<&C::installerTimeoutSeconds>("installerTimeoutSeconds", 1, Day, "For an installer"),
     {.name = "installerSession",
-     .type = KeyType::Word,
      .meaning = "Where installers run when the host is a service",
      .take = Take<&C::installerSession, WordOf>,
      .show = ShowSession,
+     .type = KeyType::Word,
      .words = Sessions},
     Number<&C::leaseWaitSeconds>("leaseWaitSeconds", 0, Day, "For another process's installation"),
     Number<&C::requestTimeoutSeconds>("requestTimeoutSeconds", 1, Hour,
@@ -149,10 +149,10 @@ constexpr Key Table[] = {
     Number<&C::logMaxBytes>("logMaxBytes", 1024, 1u << 30, "Then a new log begins"),
     Plain<&C::retryWaitScale, ShareOf>("retryWaitScale", KeyType::Share, "Test labs only"),
     {.name = "serviceInstalls",
-     .type = KeyType::Word,
      .meaning = "Which missing titles the service installs by itself",
      .take = Take<&C::serviceInstalls, WordOf>,
      .show = ShowInstalls,
+     .type = KeyType::Word,
      .words = Installs},
     Number<&C::pollSeconds>("pollSeconds", 1, Week,
                             "From one run of the service to the next, at the least"),

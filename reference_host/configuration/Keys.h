@@ -17,10 +17,10 @@ enum class KeyType { Text, Flag, Number, Share, Word, Texts };
 /// checking go by this, and so do the documents (tests/host/portable/KeysTest.cpp).
 struct Key {
   const char* name;
-  KeyType type;
   const char* meaning;  ///< a phrase for a person, as docs/schema/configuration.json has it
   void (*take)(const Key& key, const Json::Value& value, Configuration& into);
   Json::Value (*show)(const Configuration& of);
+  KeyType type;
   bool isMandatory = false;
   bool isSecret = false;              ///< shown to nobody, and no value of a policy, which all read
   const char* otherwise = nullptr;    ///< its default, where that is no value to be written down

@@ -21,17 +21,23 @@ std::uint64_t NumberIn(const std::vector<BYTE>& data) {
   return number;
 }
 
-/// Up to its zero, which need not be there.
-std::wstring TextIn(const std::vector<BYTE>& data) {
+/// With all its zeros.
+std::wstring CharactersIn(const std::vector<BYTE>& data) {
   std::wstring text(data.size() / sizeof(wchar_t), L'\0');
   std::memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
   return text;
 }
 
+/// Up to its zero, which need not be there.
+std::string TextIn(const std::vector<BYTE>& data) {
+  const std::wstring all = CharactersIn(data);
+  return ZLT::String::UTF16ToUTF8(all.substr(0, all.find(L'\0')));
+}
+
 /// An empty line ends the list.
 std::vector<std::string> TextsIn(const std::vector<BYTE>& data) {
   std::vector<std::string> texts;
-  const std::wstring all = TextIn(data) + L'\0';
+  const std::wstring all = CharactersIn(data) + L'\0';
   for (std::size_t at = 0; all[at] != L'\0'; at = all.find(L'\0', at) + 1) {
     texts.push_back(ZLT::String::UTF16ToUTF8(all.c_str() + at));
     if (all.find(L'\0', at) + 1 >= all.size()) break;
@@ -47,7 +53,7 @@ PolicyValue ValueOf(DWORD type, const std::vector<BYTE>& data) {
     case REG_QWORD:
       return NumberIn(data);
     case REG_SZ:
-      return ZLT::String::UTF16ToUTF8(TextIn(data).c_str());
+      return TextIn(data);
     case REG_MULTI_SZ:
       return TextsIn(data);
     default:

@@ -158,12 +158,12 @@ std::string LifeOf(const fs::path& module) {
 // TOLMAR_SCRIPTS names a folder with one folder for each module: install.ps1, the check script and
 // what is to be installed.
 TEST(PowerShell, RunsModulesScriptsByTheAgentsOwnLines) {
-  std::map<std::string, std::future<std::string>> lives;
+  int modules = 0;
+  // One after the other: modules of a title share a folder.
   for (const fs::directory_entry& module : fs::directory_iterator(_wgetenv(L"TOLMAR_SCRIPTS"))) {
-    lives[module.path().filename().string()] = std::async(std::launch::async, LifeOf, module);
+    EXPECT_EQ(LifeOf(module), "0, not installed, 0, installed, 0, not installed, ")
+        << module.path().filename().string();
+    ++modules;
   }
-  EXPECT_FALSE(lives.empty());
-  for (auto& [module, life] : lives) {
-    EXPECT_EQ(life.get(), "0, not installed, 0, installed, 0, not installed, ") << module;
-  }
+  EXPECT_GT(modules, 0);
 }

@@ -1,12 +1,16 @@
 # The demo's modules as packages unpack them, for genuine PowerShell. Sourced behind scripts/common.sh and scripts/lab.sh.
 
-# powershell_fixtures OUT: a folder for each; a program of Wine's that does nothing stands for each file that is installed.
+# powershell_fixtures OUT: a folder for each; a program of Wine's that does nothing stands for each file that its script
+# installs.
 powershell_fixtures() {
-  local module file files
+  local script out file
   rm -rf "$1"
-  while read -r module _ _ files; do
-    mkdir -p "$1/$module"
-    cp "demo/$module"/*.ps1 "$1/$module/"
-    for file in $files; do cp "$LAB_C/windows/system32/net.exe" "$1/$module/${file##*/}"; done
-  done < <(grep -v -e '^#' -e '^ *$' demo/payloads.txt)
+  for script in demo/*/install.ps1; do
+    out=$1/$(basename "${script%/*}")
+    while read -r file; do
+      mkdir -p "$out/$(dirname "$file")"
+      cp "$LAB_C/windows/system32/net.exe" "$out/$file"
+    done < <(grep -o '\$PSScriptRoot\\[^"]*' "$script" | sed 's,\\,/,g; s,^[^/]*/,,')
+    cp "${script%/*}"/*.ps1 "$out/"
+  done
 }

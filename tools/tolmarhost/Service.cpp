@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "host/common/Log.h"
@@ -101,8 +102,7 @@ void WINAPI ServiceMain(DWORD, wchar_t**) {
 }  // namespace
 
 int RunAsService() {
-  wchar_t name[64];
-  lstrcpynW(name, registration::ServiceName, 64);
-  const SERVICE_TABLE_ENTRYW table[] = {{name, ServiceMain}, {nullptr, nullptr}};
+  std::wstring name = registration::ServiceName;
+  const SERVICE_TABLE_ENTRYW table[] = {{name.data(), ServiceMain}, {nullptr, nullptr}};
   return StartServiceCtrlDispatcherW(table) ? 0 : 2;
 }

@@ -102,6 +102,7 @@ Json::Value Run(const Options& options) {
   std::vector<Figures> shares(static_cast<std::size_t>(options.workers), Figures(start));
   {
     std::vector<std::jthread> workers;
+    workers.reserve(shares.size());
     for (Figures& share : shares) {
       workers.emplace_back([&] { Work(devices, turns, share); });
     }
