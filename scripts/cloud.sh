@@ -52,6 +52,13 @@ end_all() {
   exit "$status"
 }
 
+# end_in_others_lab: the simulator ends; the PC only when no script above this one has begun it.
+OTHERS_LAB=${LAB_RUNNING:-}
+end_in_others_lab() {
+  cloud_stop
+  [ -n "$OTHERS_LAB" ] || lab_down
+}
+
 # cloud_configuration NAME REALM [FILTER]: programs that are started from here on find a device of this cloud in the lab's
 # C:\lab\NAME: the host's configuration, changed by a filter of jq, its downloads and logs.
 cloud_configuration() {

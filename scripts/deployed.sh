@@ -42,6 +42,7 @@ await() {
 
 msi() { lab_wine 120 msiexec "$@" /qn; }
 reg() { lab_wine 30 reg "$@" >/dev/null 2>&1; }
+clear_policy() { reg delete 'HKLM\Software\Policies\Tolmar' /f || true; }
 holds() { [[ "$(lab_wine 30 "$1" "${@:3}" 2>&1 | tr -d '\r')" == *"$2"* ]]; }
 runs() { holds sc RUNNING query TolmarHost; }
 gets() { curl -s --cacert "$PKI/ca.crt" "$CLOUD_URL/received" | jq "[.[] | select(.method == \"GET\" and (.path | endswith(\"/$1\")))] | length"; }
@@ -65,15 +66,19 @@ leaves() {
   [ -z "$left" ] || die "left over: $left"
 }
 
+install_old() {
+  msi /i "$DEPLOYED/old.msi" "BASEURL=$CLOUD_URL" "TOKENURL=$CLOUD_URL/token" REALM=lab DEVICEID=PC-0001
+}
+
 set_up() {
   local key
-  reg delete 'HKLM\Software\Policies\Tolmar' /f || true
+  clear_policy
   # In four hours' time nobody wants to see it.
   for key in pollSeconds=20 pollSpreadSeconds=0; do
     reg add 'HKLM\Software\Policies\Tolmar' /v "${key%=*}" /t REG_DWORD /d "${key#*=}" /f
   done
   printf 'session-of-the-lab' | timeout 30 wine "$LAB_BIN/tolmarctl.exe" config set-token >/dev/null
-  msi /i "$DEPLOYED/old.msi" "BASEURL=$CLOUD_URL" "TOKENURL=$CLOUD_URL/token" REALM=lab DEVICEID=PC-0001
+  install_old
   runs || die "the service does not run"
   tell "installed, the service runs"
   holds "$PROGRAMS/tolmarctl.exe" '"source":"setup"' --json config show || die "the installer's properties are not in force"
@@ -96,24 +101,25 @@ uninstall() {
   leaves /Logs/
   [ -f "$DATA/Logs/ZLT.log" ] || die "the logs are gone"
   tell "uninstalled, the logs are left"
-  msi /i "$DEPLOYED/old.msi" "BASEURL=$CLOUD_URL" "TOKENURL=$CLOUD_URL/token" REALM=lab DEVICEID=PC-0001
+  install_old
   msi /x "$DEPLOYED/old.msi" REMOVELOGS=1
   leaves
   tell "uninstalled without a trace"
 }
 
-OTHERS_LAB=${LAB_RUNNING:-}
 finish() {
-  reg delete 'HKLM\Software\Policies\Tolmar' /f || true
-  cloud_stop
-  [ -n "$OTHERS_LAB" ] || lab_down
+  [ -z "${LAB_RUNNING:-}" ] || clear_policy
+  end_in_others_lab
 }
 
 trap finish EXIT
 BEGIN=$SECONDS
 bash scripts/deps.sh faketime msitools uuid-runtime wixl
 # A run that was ended in the middle has left installations that nobody can tell from each other.
-[ ! -d "$PROGRAMS" ] || rm -rf "$LAB"/prefix*
+if [ -d "$PROGRAMS" ]; then
+  lab_down
+  rm -rf "$LAB"/prefix*
+fi
 make_installers
 lab_up
 rm -rf "$DATA" "$LAB_C/lab/e2e/prompt" "$LAB_C/lab/e2e/late"

@@ -142,13 +142,7 @@ hosts() {
   refuses_configuration "$EMBED/go/go_example.exe"
 }
 
-OTHERS_LAB=${LAB_RUNNING:-}
-finish() {
-  cloud_stop
-  [ -n "$OTHERS_LAB" ] || lab_down
-}
-
-trap finish EXIT
+trap end_in_others_lab EXIT
 case "${1:-}" in
   headers | example | hosts) "$1" ;;
   *) die "usage: scripts/installed.sh headers | example | hosts" ;;

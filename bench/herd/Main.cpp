@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/common/CommandLine.h"
 #include "bench/herd/PlotData.h"
 
 namespace {
@@ -64,11 +65,7 @@ int main(int argc, char** argv) {
   herd::Scenario scenario;
   std::string data;
   AddOptions(app, scenario, data);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
-  }
+  if (const auto status = EndOfParsing(app, argc, argv)) return *status;
 
   PrintHead(scenario);
   std::vector<herd::Result> results;

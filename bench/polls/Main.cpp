@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/common/CommandLine.h"
 #include "bench/polls/Fleet.h"
 
 namespace {
@@ -70,11 +71,7 @@ int main(int argc, char** argv) {
   polls::Scenario scenario;
   std::string data;
   AddOptions(app, scenario, data);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : 2;
-  }
+  if (const auto status = EndOfParsing(app, argc, argv)) return *status;
   std::printf(
       "%d hosts start within %d s, and all again at hour %d; each polls every %lld s and up "
       "to %lld s more.\nMost polls in one second:\n\n",
