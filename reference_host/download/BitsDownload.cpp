@@ -21,6 +21,9 @@ constexpr DWORD QuestionPollMs = 10;
 /// which waiting does not mend.
 constexpr int MaxOtherAnswers = 2;
 
+/// Removes what belongs to no job any more.
+void RemoveArrivals() { FileSystem::deleteDirectoryOrFile(FilePlace::ArrivalFolder(), true); }
+
 unsigned long MillisecondsSince(AwakeClock::Time begin) {
   return static_cast<unsigned long>((AwakeClock::Now() - begin).count());
 }
@@ -69,8 +72,7 @@ std::optional<BitsFailure> BitsDownload::Prepare() {
     _files.Update(progress);
     ZLT::g_log.d(L"DownloadAgent: job %s of an earlier download is taken up", _order.name.c_str());
   } else {
-    // What is left there belongs to no job any more.
-    FileSystem::deleteDirectoryOrFile(FilePlace::ArrivalFolder(), true);
+    RemoveArrivals();
   }
   const std::wstring refusal = CreateFolder(FilePlace::ArrivalFolder(), true);
   if (!refusal.empty()) {
@@ -109,7 +111,7 @@ bool BitsDownload::RunJobs() {
   const std::uint64_t bytes = _files.Total().bytesTransferred;
   const bool kept = end == End::Stopped && _job && bytes != 0 && _job->Keep();
   _job.reset();
-  if (!kept) _files.RemoveParts();
+  if (!kept) RemoveArrivals();
   const wchar_t* result = end == End::Done ? L"is done" : L"has failed or was stopped";
   ZLT::g_log.d(L"DownloadAgent: job %s %s after %lu ms, bytes: %s%s", _order.name.c_str(), result,
                MillisecondsSince(begin), std::to_wstring(bytes).c_str(),
@@ -137,12 +139,12 @@ HRESULT BitsDownload::MakeJob() {
 
 BitsDownload::End BitsDownload::Transfer() {
   for (;;) {
-    const std::size_t missing = _files.Unfinished().size();
+    const bool takenUp = _takenUp;
     BitsFailure failure;
     End end = Attempt(failure);
     if (end == End::Done && _files.IsFinished()) return end;
-    // A job that was taken up may have been for some of the files only.
-    if (end == End::Done && _files.Unfinished().size() < missing) continue;
+    // A job that was taken up may have been for some of the files only, or for others too.
+    if (end == End::Done && takenUp) continue;
     if (end == End::Done) {
       failure = FailureWith(BG_ERROR_CONTEXT_GENERAL_QUEUE_MANAGER, MissingFile);
     }
@@ -225,6 +227,8 @@ BitsDownload::End BitsDownload::WatchJob(BitsFailure& failure) {
         _files.SettleLengths();
         return _owner.Report() ? End::Done : End::Stopped;
       case JobWatch::Sight::Failed:
+        // Only a job that was taken up has such a file; what it has of the others is taken over.
+        if (_files.IsNeedless(failure.localPath)) return End::Done;
         if (failure.context == BG_ERROR_CONTEXT_UNKNOWN) {
           failure = _files.TransportFailure(*_probe).value_or(failure);
         }

@@ -115,7 +115,4 @@ class BitsJob {
 /// Ends a job, whosever; it may take longer to end than the call.
 void CancelJob(const ComPtr<IBackgroundCopyJob>& job);
 
-/// Ends a job, whosever; it may take longer to end than the call.
-void CancelJob(const ComPtr<IBackgroundCopyJob>& job);
-
 }  // namespace refhost

@@ -5,6 +5,7 @@
 
 #include "reference_host/base/ThisUser.h"
 #include "reference_host/base/Url.h"
+#include "reference_host/download/FilePlace.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/wine/Workarounds.h"
 
@@ -32,16 +33,22 @@ bool IsAlive(IBackgroundCopyJob& job) {
   return state != BG_JOB_STATE_CANCELLED && state != BG_JOB_STATE_ACKNOWLEDGED;
 }
 
-bool IsOf(const BitsOrder& order, const BitsFile& file) {
-  return std::any_of(order.files.begin(), order.files.end(), [&](const BitsFile& wanted) {
-    return wanted.localPath == file.localPath && WithoutQuery(wanted.url) == WithoutQuery(file.url);
-  });
-}
-
+/// @return whether every file of the job that goes where the order's go is of the order, and one
+/// is.
 bool Fits(const BitsJob& job, const BitsOrder& order) {
-  const std::vector<BitsFile> files = job.Files();
-  return !files.empty() && std::all_of(files.begin(), files.end(),
-                                       [&](const BitsFile& file) { return IsOf(order, file); });
+  bool hasOne = false;
+  for (const BitsFile& file : job.Files()) {
+    const auto wanted = std::find_if(order.files.begin(), order.files.end(), [&](const auto& one) {
+      return one.localPath == file.localPath;
+    });
+    const bool isWanted = wanted != order.files.end();
+    if (isWanted ? WithoutQuery(wanted->url) != WithoutQuery(file.url)
+                 : !IsBelow(file.localPath, FilePlace::ArrivalFolder())) {
+      return false;
+    }
+    hasOne |= isWanted;
+  }
+  return hasOne;
 }
 
 /// Calls `act` with each job of this account. @return S_OK or BITS's error.

@@ -7,9 +7,10 @@
 namespace refhost {
 
 /// Looks through the jobs of this account that earlier downloads have left: a host's death, a
-/// restart of the machine, a stop. Takes up one that fetches nothing but files of the order, from
-/// the addresses of the order (their queries may differ) to the places of the order, and cancels
-/// the others of the order's name. Jobs of other accounts are let alone.
+/// restart of the machine, a stop. Takes up one that fetches a file of the order, from the address
+/// of the order (the queries may differ) to the place of the order, and cancels the others of the
+/// order's name. What it fetches besides has a place of its own in `FilePlace::ArrivalFolder`: a
+/// file that was missing then and has come another way since. Jobs of other accounts are let alone.
 /// @param result out, S_OK or BITS's error. @return the job, in whatever state; null for none.
 std::unique_ptr<BitsJob> TakeUpLeftovers(const BitsJob::Manager& manager, const BitsOrder& order,
                                          HRESULT& result);

@@ -82,6 +82,11 @@ DownloadFile& DownloadFileSet::FailingFile(const BitsFailure& failure) {
   return missing != _files.end() ? *missing : _files.front();
 }
 
+bool DownloadFileSet::IsNeedless(const std::wstring& part) const {
+  return !part.empty() && std::none_of(_files.begin(), _files.end(),
+                                       [&](const auto& file) { return file.part == part; });
+}
+
 std::optional<BitsFailure> DownloadFileSet::Learn(const BitsProbe& probe) {
   std::optional<BitsFailure> first;
   for (DownloadFile& file : _files) {
@@ -208,13 +213,6 @@ bool DownloadFileSet::RenewOne(const std::wstring& name, const std::wstring& url
   found->url = url;
   found->length.reset();
   return true;
-}
-
-void DownloadFileSet::RemoveParts() const {
-  for (const DownloadFile& file : _files) {
-    if (!file.finished) DeleteFileW(file.part.c_str());
-  }
-  RemoveDirectoryW(FilePlace::ArrivalFolder().c_str());
 }
 
 DownloadProgressDetail DownloadFileSet::Total() const {

@@ -42,6 +42,10 @@ class DownloadFileSet {
   /// say. There is a file.
   DownloadFile& FailingFile(const BitsFailure& failure);
 
+  /// @param part in, a file's place in a job, empty when it is not known. @return true when it is
+  /// none of these files.
+  bool IsNeedless(const std::wstring& part) const;
+
   /// Takes over what the server says about the files.
   /// @return the first refusal of an unfinished one.
   std::optional<BitsFailure> Learn(const BitsProbe& probe);
@@ -78,9 +82,6 @@ class DownloadFileSet {
   /// number of times.
   /// @return true when every one of them was taken.
   bool Renew(const DownloadAgent::FileMap& addresses);
-
-  /// Removes what unfinished files have left, and the folder that they were to arrive in.
-  void RemoveParts() const;
 
   /// @return the sum; its total of bytes is BG_SIZE_UNKNOWN while a length is not known.
   DownloadProgressDetail Total() const;

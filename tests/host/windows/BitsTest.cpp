@@ -5,6 +5,7 @@
 namespace {
 
 constexpr HRESULT InUse = static_cast<HRESULT>(0x80070020);
+constexpr HRESULT Forbidden = static_cast<HRESULT>(0x80190193);
 constexpr HRESULT NameNotResolved = static_cast<HRESULT>(0x80072EE7);
 constexpr HRESULT ServerGone = static_cast<HRESULT>(0x800706BA);
 
@@ -223,8 +224,27 @@ TEST_F(BitsTest, AnEarlierDownloadsJobIsTakenUpWhereItFits) {
        [this](FakeBitsJob& job) { job.files.front()->url = Url(L"/other"); }, Cancelled},
       {"another place", [](FakeBitsJob& job) { job.files.front()->path = InFolder(L"b"); },
        Cancelled},
-      {"a file too many", [this](FakeBitsJob& job) { job.Add(Url(L"/other"), Arriving(L"b")); },
+      {"of another version",
+       [this](FakeBitsJob& job) {
+         job.files.front()->path = Arriving(L"b");
+         job.Add(Url(L"/other"), Arriving(L"a.cab"));
+       },
        Cancelled},
+      {"a file more, which has come another way since",
+       [this](FakeBitsJob& job) { job.Add(Url(L"/check"), Arriving(L"check.ps1")); }, TakenUp},
+      {"whose address is good no more",
+       [this](FakeBitsJob& job) {
+         job.Add(Url(L"/check"), Arriving(L"check.ps1"));
+         job.onResume = [](FakeBitsJob& resumed) {
+           resumed.files.front()->body = Body(100000);
+           resumed.Arrive();
+           resumed.files.back()->progress.Completed = FALSE;
+           resumed.Fail(BG_ERROR_CONTEXT_REMOTE_FILE, Forbidden, 1);
+         };
+       },
+       TakenUp},
+      {"a file more somewhere else",
+       [this](FakeBitsJob& job) { job.Add(Url(L"/other"), InFolder(L"b")); }, Cancelled},
       {"another account's", [](FakeBitsJob& job) { job.owner = L"S-1-5-21-1"; }, LetAlone},
       {"another name's", [](FakeBitsJob& job) { job.name = L"Somebody's"; }, LetAlone},
   };
@@ -240,6 +260,8 @@ TEST_F(BitsTest, AnEarlierDownloadsJobIsTakenUpWhereItFits) {
     EXPECT_EQ(TestMachine::ReadFile(InFolder(L"a.cab")).size(), 100000U);
     EXPECT_EQ(bits.jobs.size(), row.fate == TakenUp ? 1U : 2U);
     EXPECT_EQ(job.cancelled, row.fate == Cancelled);
+    EXPECT_FALSE(FileSystem::fileExists(Arriving(L"check.ps1")));
+    EXPECT_TRUE(download.errors.empty());
     if (row.fate != TakenUp || hadArrived) continue;
     EXPECT_EQ(job.files.front()->url, Url(L"/whole"));
     EXPECT_EQ(job.headers, L"X-Kind: test\r\ntoken: secret\r\n");

@@ -112,7 +112,7 @@ class FakeBitsJob::Error final : public LastingObject<IBackgroundCopyError> {
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetFile(IBackgroundCopyFile** file) override {
-    *file = _job.files.front().get();
+    *file = _job.files.at(_job._failed).get();
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetErrorDescription(DWORD, LPWSTR*) override { return E_NOTIMPL; }
@@ -151,7 +151,8 @@ void FakeBitsJob::Arrive() {
   state = BG_JOB_STATE_TRANSFERRED;
 }
 
-void FakeBitsJob::Fail(BG_ERROR_CONTEXT context, HRESULT code) {
+void FakeBitsJob::Fail(BG_ERROR_CONTEXT context, HRESULT code, std::size_t file) {
+  _failed = file;
   _context = context;
   _code = code;
   state = BG_JOB_STATE_ERROR;

@@ -66,7 +66,7 @@ class FakeBitsJob final : public LastingObject<IBackgroundCopyJob> {
 
   /// All bytes are there.
   void Arrive();
-  void Fail(BG_ERROR_CONTEXT context, HRESULT code);
+  void Fail(BG_ERROR_CONTEXT context, HRESULT code, std::size_t file = 0);
 
   std::wstring name;
   std::wstring owner;  ///< this process's account, unless the test says otherwise
@@ -130,6 +130,7 @@ class FakeBitsJob final : public LastingObject<IBackgroundCopyJob> {
 
   BG_ERROR_CONTEXT _context = BG_ERROR_CONTEXT_NONE;
   HRESULT _code = S_OK;
+  std::size_t _failed = 0;
   std::shared_ptr<Options> _options;
   std::shared_ptr<Error> _error;
   std::vector<std::shared_ptr<Files>> _lists;
