@@ -1,4 +1,5 @@
-// Does PowerShell's grammar take these scripts? powershell-syntax.mjs FILE… prints FILE:LINE:COLUMN: TEXT for each fault.
+// Does PowerShell's grammar take these scripts? powershell-syntax.mjs FILE… prints N:LINE:COLUMN: TEXT for each fault in the
+// Nth file, from 0.
 // Exit status: 0 none, 1 faults, 3 the parser is not there (scripts/deps.sh fetches it), which is told.
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
@@ -36,11 +37,11 @@ try {
   process.exit(3);
 }
 let found = 0;
-for (const file of process.argv.slice(2)) {
+for (const [n, file] of process.argv.slice(2).entries()) {
   const source = readFileSync(file, "utf8").replace(/^\uFEFF/, "");
   for (const node of faults(parser.parse(source).rootNode)) {
     const { row, column } = node.startPosition;
-    console.log(`${file}:${row + 1}:${column + 1}: ${textOf(node)}`);
+    console.log(`${n}:${row + 1}:${column + 1}: ${textOf(node)}`);
     ++found;
   }
 }
