@@ -18,8 +18,15 @@ async function newParser() {
   return parser;
 }
 
+// The grammar wants a statement behind a param block and in braces, PowerShell does not: the only one is missing.
+function isNeedless({ isMissing, parent }) {
+  const list = parent?.parent;
+  return isMissing && list?.type === "statement_list" && list.text === "";
+}
+
 // The outermost faults: what stands inside of one says no more.
 function* faults(node) {
+  if (isNeedless(node)) return;
   if (node.isError || node.isMissing) yield node;
   else if (node.hasError) for (const child of node.children) yield* faults(child);
 }

@@ -34,6 +34,7 @@ const Row Rows[] = {
     {"installer-command", InstallerName, "exit 0\n", true},
     {"installer-command", InstallerName, "param([string]$what)\n$command = 'x'\n", true},
     {"", InstallerName, "<# first #>\nParam(\n  [int]$n,\n  $Command)\nexit 0\n", true},
+    {"", InstallerName, "# alone\nparam([string]$command)\n", true},
     {"check-several", "check-sample-2.ps1", "exit 1\n"},
     {"check-name", Check, "", true},  // renamed, see below
     {"check-always", Check, "exit 0\n", true},
