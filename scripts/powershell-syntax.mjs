@@ -18,6 +18,12 @@ async function newParser() {
   return parser;
 }
 
+// Windows PowerShell reads UTF-16 too, behind its byte order mark.
+function scriptIn(bytes) {
+  const encoding = bytes[0] === 0xff && bytes[1] === 0xfe ? "utf16le" : "utf8";
+  return bytes.toString(encoding).replace(/^\uFEFF/, "");
+}
+
 // The grammar wants a statement behind a param block and in braces, PowerShell does not: the only one is missing.
 function isNeedless({ isMissing, parent }) {
   const list = parent?.parent;
@@ -45,7 +51,7 @@ try {
 }
 let found = 0;
 for (const [n, file] of process.argv.slice(2).entries()) {
-  const source = readFileSync(file, "utf8").replace(/^\uFEFF/, "");
+  const source = scriptIn(readFileSync(file));
   for (const node of faults(parser.parse(source).rootNode)) {
     const { row, column } = node.startPosition;
     console.log(`${n}:${row + 1}:${column + 1}: ${textOf(node)}`);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <sstream>
+#include <string_view>
 
 #include "reference_host/package/CabinetMember.h"
 #include "tests/tolmarpack/Sample.h"
@@ -19,9 +20,14 @@ using Spoil = std::function<void(const Sample&)>;
 struct Row {
   const char* rule;  ///< empty: nothing is to be found
   const char* file;
-  const char* text;  ///< behind what the file has, or instead of it
+  std::string text;  ///< behind what the file has, or instead of it
   bool isInstead = false;
 };
+
+/// @return the bytes of a file in UTF-16.
+std::string Wide(std::u16string_view text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
 
 const Row Rows[] = {
     {"manifest", ManifestName, "{", true},
@@ -50,6 +56,8 @@ const Row Rows[] = {
     {"restart", InstallerName, "& \"$env:windir\\system32\\shutdown.exe\" /r /t 0\n"},
     {"restart", InstallerName, "& msiexec.exe /i setup.msi /qn /forcerestart\n"},
     {"", InstallerName, "# Read-Host\n'Restart-Computer, pause'\n<#\npause\n#>\n@'\npause\n'@\n"},
+    {"restart", InstallerName,
+     Wide(u"\uFEFF# \u00FC\nparam($command)\n'\U0001F600'\nRestart-Computer\n"), true},
     {"encoding", InstallerName, "# \xC3\xBC\n"},
     {"download-path", InstallerName,
      "New-Service -Name x -BinaryPathName \"$PSScriptRoot\\x.exe\"\n"},

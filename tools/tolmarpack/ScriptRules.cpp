@@ -138,7 +138,7 @@ void LintEncoding(const std::string& file, const std::string& text, LintReport& 
 void LintScript(ScriptKind kind, const std::string& file, const std::string& text,
                 const std::string& downloadFolder, LintReport& report) {
   LintEncoding(file, text, report);
-  const Lines lines = LinesOf(text);
+  const Lines lines = LinesOf(ScriptIn(text));
   const std::string folder = downloadFolder.empty() ? "\\tolmar\\download" : downloadFolder;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const std::array<std::pair<const char*, std::string>, 3> found{

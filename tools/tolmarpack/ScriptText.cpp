@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "host/common/Text.h"
+
 namespace tolmarpack {
 
 namespace {
@@ -104,6 +106,17 @@ class Scanner {
 };
 
 }  // namespace
+
+std::string ScriptIn(const std::string& bytes) {
+  if (!bytes.starts_with("\xFF\xFE")) return bytes;
+  std::wstring text;
+  for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+    const auto low = static_cast<unsigned char>(bytes[at]);
+    const auto high = static_cast<unsigned char>(bytes[at + 1]);
+    text += static_cast<wchar_t>(low | high << 8);
+  }
+  return ZLT::String::UTF16ToUTF8(text);
+}
 
 std::vector<ScriptLine> LinesOf(const std::string& text) { return Scanner(text).Lines(); }
 

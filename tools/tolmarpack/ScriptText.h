@@ -12,6 +12,10 @@ struct ScriptLine {
   int depth = 0;     ///< how many braces are open where it begins
 };
 
+/// @param bytes in, a script. @return its text, UTF-8: PowerShell reads UTF-16 too, behind its byte
+/// order mark. Pure.
+std::string ScriptIn(const std::string& bytes);
+
 /// Takes a script apart as far as the rules need it: comments, quoted text, here-strings and
 /// braces. It is no parser, and takes whatever it is given. Pure.
 /// @param text in, UTF-8, with or without a byte order mark.
