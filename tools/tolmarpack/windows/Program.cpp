@@ -71,7 +71,9 @@ Program::Program(const std::vector<std::string>& words) : _process(new Process) 
 }
 
 Program::~Program() {
-  if (IsRunning()) TerminateProcess(_process->process.Get(), 1);
+  if (!IsRunning()) return;
+  TerminateProcess(_process->process.Get(), 1);
+  WaitForSingleObject(_process->process.Get(), INFINITE);  // It has files open until then.
 }
 
 bool Program::IsRunning() const {
