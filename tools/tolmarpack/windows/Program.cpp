@@ -7,6 +7,7 @@
 
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
+#include "reference_host/process/ProcessStart.h"
 #include "tools/common/Arguments.h"
 
 namespace tolmarpack {
@@ -33,21 +34,12 @@ std::wstring Quoted(const std::wstring& word) {
   return quoted.append(backslashes, L'\\') + L"\"";
 }
 
-STARTUPINFOW Streams(HANDLE input, HANDLE output) {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdInput = input;
-  startup.hStdOutput = startup.hStdError = output;
-  return startup;
-}
-
 }  // namespace
 
 Program::Program(const std::vector<std::string>& words) : _process(new Process) {
-  std::wstring commandLine;
+  refhost::ProcessOrder order;
   for (const std::string& word : words) {
-    commandLine += Quoted(ZLT::String::UTF8ToUTF16(word)) + L" ";
+    order.commandLine += Quoted(ZLT::String::UTF8ToUTF16(word)) + L" ";
   }
   SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
   HANDLE reading = nullptr, writing = nullptr;
@@ -56,18 +48,11 @@ Program::Program(const std::vector<std::string>& words) : _process(new Process) 
   }
   _process->output = Handle(reading);
   const Handle output(writing);
-  const Handle input(
-      CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING, 0, nullptr));
-  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
-  STARTUPINFOW startup = Streams(input.Get(), output.Get());
-  PROCESS_INFORMATION started{};
-  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
-                      nullptr, nullptr, &startup, &started)) {
-    throw std::runtime_error("cannot start " + words[0] + ", error " +
-                             std::to_string(GetLastError()));
-  }
-  CloseHandle(started.hThread);
-  _process->process = Handle(started.hProcess);
+  order.output = writing;
+  _process->process = refhost::StartProcess(order);
+  if (_process->process) return;
+  throw std::runtime_error("cannot start " + words[0] + ", error " +
+                           std::to_string(GetLastError()));
 }
 
 Program::~Program() {
