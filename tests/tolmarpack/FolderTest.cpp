@@ -8,6 +8,7 @@
 #include "tests/tolmarpack/Sample.h"
 #include "tools/cloudsim/JsonNode.h"
 #include "tools/tolmarpack/Cabinet.h"
+#include "tools/tolmarpack/Options.h"
 #include "tools/tolmarpack/Publish.h"
 
 using namespace tolmarpack;
@@ -143,6 +144,10 @@ TEST(Folder, TheSameFilesMakeTheSameCabinet) {
   const std::string bytes = ReadFile(sample.home.Path() / "out.cab");
   EXPECT_TRUE(bytes == ReadFile(other.home.Path() / "out.cab"));
   EXPECT_LT(bytes.size(), noise.size());
+  Options options;  // Words of the command line are UTF-8, whatever the PC's code page.
+  int status = 0;
+  const fs::path beyond = sample.folder / PathOf("payload/deep/\xC3\xBC.txt");
+  EXPECT_TRUE(ReadOptions({"lint", TextOf(beyond)}, options, status));
   const TemporaryFolder unpacked;
   UnpackCabinet(sample.home.Path() / "out.cab", unpacked.Path());
   EXPECT_EQ(ReadFile(unpacked.Path() / "payload" / "noise.txt"), noise);
