@@ -2,21 +2,24 @@
 
 #include <windows.h>
 
-#include <array>
 #include <stdexcept>
 
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
 #include "reference_host/process/ProcessStart.h"
 #include "tools/common/Arguments.h"
+#include "tools/tolmarpack/Files.h"
 
 namespace tolmarpack {
 
 using refhost::Handle;
 
+/// Its output goes to a file: what a program leaves running would keep a pipe open.
 struct Program::Process {
+  std::filesystem::path Output() const { return folder.Path() / "output"; }
+
+  TemporaryFolder folder;
   Handle process;
-  Handle output;
 };
 
 namespace {
@@ -34,6 +37,12 @@ std::wstring Quoted(const std::wstring& word) {
   return quoted.append(backslashes, L'\\') + L"\"";
 }
 
+Handle NewFile(const std::filesystem::path& path) {
+  SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+  return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                            &inheritable, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 }  // namespace
 
 Program::Program(const std::vector<std::string>& words) : _process(new Process) {
@@ -41,14 +50,8 @@ Program::Program(const std::vector<std::string>& words) : _process(new Process) 
   for (const std::string& word : words) {
     order.commandLine += Quoted(ZLT::String::UTF8ToUTF16(word)) + L" ";
   }
-  SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-  HANDLE reading = nullptr, writing = nullptr;
-  if (!CreatePipe(&reading, &writing, &inherited, 0)) {
-    throw std::runtime_error("no pipe is to be had");
-  }
-  _process->output = Handle(reading);
-  const Handle output(writing);
-  order.output = writing;
+  const Handle output = NewFile(_process->Output());
+  order.output = output.Get();
   _process->process = refhost::StartProcess(order);
   if (_process->process) return;
   throw std::runtime_error("cannot start " + words[0] + ", error " +
@@ -67,15 +70,11 @@ bool Program::IsRunning() const {
 
 Ending Program::Wait() {
   Ending ending;
-  std::array<char, 4096> buffer{};
-  DWORD count = 0;
-  while (ReadFile(_process->output.Get(), buffer.data(), DWORD{buffer.size()}, &count, nullptr)) {
-    ending.output.append(buffer.data(), count);
-  }
   WaitForSingleObject(_process->process.Get(), INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(_process->process.Get(), &code);
   ending.exitStatus = static_cast<int>(code);
+  ending.output = ReadFile(_process->Output());
   return ending;
 }
 
