@@ -7,6 +7,7 @@
 #include "reference_host/files/MemberName.h"
 #include "tools/tolmarpack/Cabinet.h"
 #include "tools/tolmarpack/Files.h"
+#include "tools/tolmarpack/ScriptText.h"
 
 namespace fs = std::filesystem;
 
@@ -14,12 +15,7 @@ namespace tolmarpack {
 
 namespace {
 
-bool IsScript(const fs::path& path) {
-  std::string extension = TextOf(path.extension());
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return extension == ".ps1";
-}
+bool IsScript(const fs::path& path) { return Lower(TextOf(path.extension())) == ".ps1"; }
 
 /// A link may lead to other bytes on the next PC that builds the package.
 void AddPayload(PackageFolder& folder) {

@@ -9,8 +9,6 @@ namespace tolmarpack {
 
 namespace {
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
 bool IsWordSign(char c) {
   return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
          std::string_view("$_-/.:\\").find(c) != std::string_view::npos || c < 0;
@@ -19,7 +17,7 @@ bool IsWordSign(char c) {
 /// Goes through a script sign by sign.
 class Scanner {
  public:
-  explicit Scanner(const std::string& text) : _text(text) {}
+  explicit Scanner(const std::string& text) : _text(Lower(text)) {}
 
   std::vector<ScriptLine> Lines() {
     if (_text.starts_with("\xEF\xBB\xBF")) _at = 3;
@@ -41,7 +39,7 @@ class Scanner {
 
   void Put(bool isCode, bool isBare) {
     ScriptLine& line = _lines.back();
-    const char c = Lower(_text[_at]);
+    const char c = _text[_at];
     if (isCode) line.code += c;
     if (isBare) line.bare += c;
   }
@@ -98,7 +96,7 @@ class Scanner {
     }
   }
 
-  const std::string& _text;
+  const std::string _text;
   std::size_t _at = 0;
   Mode _mode = Mode::Code;
   int _depth = 0;
@@ -106,6 +104,11 @@ class Scanner {
 };
 
 }  // namespace
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+  return text;
+}
 
 std::string ScriptIn(const std::string& bytes) {
   if (!bytes.starts_with("\xFF\xFE")) return bytes;

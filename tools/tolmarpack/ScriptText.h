@@ -5,6 +5,9 @@
 
 namespace tolmarpack {
 
+/// @return the text, ASCII letters in lower case.
+std::string Lower(std::string text);
+
 /// A line of a PowerShell script, in lower case.
 struct ScriptLine {
   std::string code;  ///< without comments
