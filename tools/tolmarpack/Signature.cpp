@@ -4,7 +4,6 @@
 
 #include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Program.h"
-#include "tools/tolmarpack/SigningProgram.h"
 
 namespace fs = std::filesystem;
 
