@@ -126,7 +126,7 @@ TEST(Folder, BadNamesAreNoPackages) {
   for (const char* name : {"a b", "aux", "a.", "x'y", ""}) {
     EXPECT_THROW(MakeFolder(home.Path() / name), std::invalid_argument) << name;
   }
-  EXPECT_THROW(BuildPackage(home.Path(), home.Path() / "x.cab"), std::runtime_error);
+  EXPECT_THROW(BuildPackage(ReadFolder(home.Path()), home.Path() / "x.cab"), std::runtime_error);
   EXPECT_TRUE(fs::is_empty(home.Path()));
 }
 
@@ -139,8 +139,8 @@ TEST(Folder, TheSameFilesMakeTheSameCabinet) {
   }
   fs::last_write_time(other.folder / InstallerName,
                       fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
-  BuildPackage(sample.folder, sample.home.Path() / "out.cab");
-  BuildPackage(other.folder, other.home.Path() / "out.cab");
+  BuildPackage(ReadFolder(sample.folder), sample.home.Path() / "out.cab");
+  BuildPackage(ReadFolder(other.folder), other.home.Path() / "out.cab");
   const std::string bytes = ReadFile(sample.home.Path() / "out.cab");
   EXPECT_TRUE(bytes == ReadFile(other.home.Path() / "out.cab"));
   EXPECT_LT(bytes.size(), noise.size());
@@ -160,7 +160,8 @@ TEST(Folder, ACatalogueHoldsTheModulesOfATitleAndKeepsWhatItHad) {
   MakeFolder(second);
   WriteFile(second / ManifestName, R"({"title": "T-SAMPLE", "name": "sample", "module": "M-SECOND",
     "description": "more", "files": ["notes.txt"]})");
-  WriteFile(second / "notes.txt", "notes");
+  const std::string notes = "notes\n\x1A\r\n";  // None of it is the system's affair.
+  WriteFile(second / "notes.txt", notes);
   const fs::path catalogue = first.home.Path() / "cloud" / "catalogue.json";
   WriteFile(catalogue, R"({"sessionToken": "kept", "titles": ["gone"]})");
   const auto published = Publish({first.folder, second}, catalogue, {});
@@ -178,6 +179,7 @@ TEST(Folder, ACatalogueHoldsTheModulesOfATitleAndKeepsWhatItHad) {
       EXPECT_TRUE(fs::exists(catalogue.parent_path() / file)) << file;
     }
   }
+  EXPECT_EQ(ReadFile(catalogue.parent_path() / "second" / "notes.txt"), notes);
   const std::string before = ReadFile(catalogue);
   EXPECT_THROW(Publish({second, second}, catalogue, {}), std::runtime_error);
   EXPECT_EQ(ReadFile(catalogue), before);

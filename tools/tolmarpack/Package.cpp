@@ -48,6 +48,7 @@ PackageFolder ReadFolder(const fs::path& path) {
   if (!fs::is_directory(path)) throw std::runtime_error(TextOf(path) + " is no folder");
   PackageFolder folder;
   folder.path = fs::canonical(path);
+  folder.given = TextOf(path);
   folder.name = TextOf(folder.path.filename());
   for (const auto& entry : fs::directory_iterator(folder.path)) {
     const std::string name = TextOf(entry.path().filename());
@@ -71,14 +72,12 @@ Manifest ReadManifest(const PackageFolder& folder) {
   return manifest;
 }
 
-PackageFolder BuildPackage(const fs::path& path, const fs::path& cabinet) {
-  PackageFolder folder = ReadFolder(path);
+void BuildPackage(const PackageFolder& folder, const fs::path& cabinet) {
   if (!folder.Has(InstallerName)) {
-    throw std::runtime_error(TextOf(path) + " has no " + InstallerName);
+    throw std::runtime_error(folder.given + " has no " + InstallerName);
   }
   RequireGoodNames(folder);
   WriteCabinet(folder.sources, cabinet);
-  return folder;
 }
 
 }  // namespace tolmarpack

@@ -174,7 +174,7 @@ bool Trial::IsGood() const {
 
 Trial Try(const fs::path& folder, const Lab& lab, unsigned int timeoutSeconds) {
   const fs::path catalogue = lab.folder / "cloud" / "catalogue.json";
-  const std::string title = Publish({folder}, catalogue, lab.signer).front().title;
+  const std::string title = Publish({folder}, catalogue, lab.signer).front().manifest.title;
   const Cloud cloud(lab, catalogue, lab.folder / "port");
   Configure(lab, cloud.address, catalogue);
   Course course(lab, title, timeoutSeconds);

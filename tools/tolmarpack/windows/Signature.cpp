@@ -18,7 +18,7 @@ std::vector<std::string> SigningWords(const std::filesystem::path& cabinet,
   if (signer.pfx.empty()) {
     throw std::runtime_error("signtool takes a PFX: openssl pkcs12 -export makes one of both");
   }
-  std::filesystem::copy_file(cabinet, result);
+  Copy(cabinet, result);
   std::vector<std::string> words{"signtool", "sign", "/fd", "SHA256", "/f", signer.pfx};
   if (!signer.passwordFile.empty()) {
     const std::string line = ReadFile(PathOf(signer.passwordFile));
