@@ -84,20 +84,23 @@ class Course {
 
   /// @return true when the check scripts say what is wanted.
   bool Detect(const std::string& name, const std::string& wanted) {
-    const auto [status, length] = Ask({"status"});
-    const std::string outcome = status == wanted ? status : status + " instead of " + wanted;
-    trial.phases.push_back({name, outcome, status == wanted, length, {}});
-    return trial.phases.back().isGood;
+    const Answer answer = Ask({"status"});
+    const bool isGood = answer.status == wanted;
+    const std::string outcome = isGood ? wanted : answer.status + " instead of " + wanted;
+    trial.phases.push_back({name, outcome, isGood, answer.milliseconds, {}});
+    return isGood;
   }
 
   /// @return true when the title was installed and its installer had nothing to complain of.
   bool Install(const std::string& suffix) {
-    const auto [status, length] = Ask({"install", "--timeout", _timeout});
+    const Answer answer = Ask({"install", "--timeout", _timeout});
     const std::vector<timeline::Title> ways = Ways();
     const bool isTold = ways.size() > _installations;
     if (isTold) AddSteps(ways[_installations], suffix);
     _installations = ways.size();
-    trial.phases.push_back({"outcome" + suffix, status, status == "installed", length, {}});
+    const bool isInstalled = answer.status == "installed";
+    trial.phases.push_back(
+        {"outcome" + suffix, answer.status, isInstalled, answer.milliseconds, {}});
     return trial.IsGood();
   }
 
