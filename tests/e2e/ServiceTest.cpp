@@ -50,6 +50,9 @@ class Service {
   void Start() { _lab.Wine("sc start TolmarHost"); }
   void AskToStop() { _lab.Wine("sc stop TolmarHost"); }
 
+  /// @return what is left over.
+  std::string RemoveData() { return _lab.Wine(Program() + " --remove-data"); }
+
   bool Is(const std::string& state) { return Contains(_lab.Wine("sc query TolmarHost"), state); }
 
  private:
@@ -207,4 +210,10 @@ TEST(Service, FetchesOutsideOfItsWindowsAndInstallsWhenNothingStandsInTheWay) {
   ASSERT_TRUE(Reaches([&] { return lab.IsInstalled("alpha"); }, 60)) << lab.LogText("ZLT.log");
   EXPECT_EQ(fetched(), 1);
   EXPECT_TRUE(Reaches([&] { return waitsFor().empty(); }, 30));
+
+  service.AskToStop();
+  ASSERT_TRUE(Reaches([&] { return service.Is("STOPPED"); }, 10));
+  std::filesystem::create_directories(waiting / "title");
+  EXPECT_EQ(service.RemoveData(), "");
+  EXPECT_FALSE(std::filesystem::exists(waiting));
 }
