@@ -80,7 +80,7 @@ int Run(const Options& options) {
     return Tell(left.empty() ? left : L"left over: " + left);
   }
   if (options.console) return RunAtPrompt(options);
-  if (RunAsService() == 0) return 0;
+  if (RunAsService()) return 0;
   std::fputs("TolmarHost: a service is started by the service manager; --console works here\n",
              stderr);
   return Usage;

@@ -2,8 +2,10 @@
 
 #include <filesystem>
 
+#include "reference_host/base/OwnProgram.h"
 #include "reference_host/configuration/ConfigurationFile.h"
 #include "tools/common/ServiceHandle.h"
+#include "tools/common/ServiceState.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/StopBound.h"
 
@@ -22,23 +24,17 @@ std::wstring Failure(const wchar_t* what, DWORD error) {
   return what + std::wstring(L", error ") + std::to_wstring(error);
 }
 
-/// In quotation marks: a path with a blank would name another program as well.
-std::wstring CommandLine() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return L"\"" + path + L"\"";
-}
-
 /// @return ERROR_SUCCESS or the system's error.
 DWORD CreateOrChange(SC_HANDLE manager, ServiceHandle& service) {
-  const std::wstring line = CommandLine();
-  service = ServiceHandle(CreateServiceW(manager, ServiceName, DisplayName, SERVICE_ALL_ACCESS,
-                                         SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START,
-                                         SERVICE_ERROR_NORMAL, line.c_str(), nullptr, nullptr,
-                                         nullptr, nullptr, nullptr));
+  // In quotation marks: a path with a blank would name another program as well.
+  const std::wstring line = L"\"" + refhost::OwnProgram() + L"\"";
+  service = ServiceHandle(CreateServiceW(manager, service::ServiceName, DisplayName,
+                                         SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
+                                         SERVICE_AUTO_START, SERVICE_ERROR_NORMAL, line.c_str(),
+                                         nullptr, nullptr, nullptr, nullptr, nullptr));
   if (service) return ERROR_SUCCESS;
   if (GetLastError() != ERROR_SERVICE_EXISTS) return GetLastError();
-  service = ServiceHandle(OpenServiceW(manager, ServiceName, SERVICE_ALL_ACCESS));
+  service = ServiceHandle(OpenServiceW(manager, service::ServiceName, SERVICE_ALL_ACCESS));
   const bool isChanged =
       service && ChangeServiceConfigW(service.Get(), SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START,
                                       SERVICE_ERROR_NORMAL, line.c_str(), nullptr, nullptr, nullptr,
@@ -116,7 +112,8 @@ std::wstring Install(const std::wstring& configuration) {
 std::wstring Uninstall() {
   const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
   if (!manager) return Failure(L"the service manager refuses it", GetLastError());
-  const ServiceHandle service(OpenServiceW(manager.Get(), ServiceName, SERVICE_ALL_ACCESS));
+  const ServiceHandle service(
+      OpenServiceW(manager.Get(), service::ServiceName, SERVICE_ALL_ACCESS));
   if (!service) return Failure(L"there is no such service", GetLastError());
   Stop(service.Get());
   if (!DeleteService(service.Get())) {
@@ -130,9 +127,9 @@ std::wstring Uninstall() {
 
 std::wstring ApplySettings() {
   const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
-  const ServiceHandle service(
-      manager ? OpenServiceW(manager.Get(), ServiceName, SERVICE_CHANGE_CONFIG | SERVICE_START)
-              : nullptr);
+  const ServiceHandle service(manager ? OpenServiceW(manager.Get(), service::ServiceName,
+                                                     SERVICE_CHANGE_CONFIG | SERVICE_START)
+                                      : nullptr);
   if (!service) return Failure(L"the service is not found", GetLastError());
   return ApplyTo(service.Get());
 }

@@ -8,6 +8,7 @@
 
 #include "host/common/Log.h"
 #include "reference_host/base/Handle.h"
+#include "tools/common/ServiceState.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/Registration.h"
 #include "tools/tolmarhost/Serve.h"
@@ -87,7 +88,7 @@ void ApplySettings() {
 void WINAPI ServiceMain(DWORD, wchar_t**) {
   TheService& service = Instance();
   const SERVICE_STATUS_HANDLE handle =
-      RegisterServiceCtrlHandlerExW(registration::ServiceName, OnControl, nullptr);
+      RegisterServiceCtrlHandlerExW(service::ServiceName, OnControl, nullptr);
   if (handle == nullptr) return;
   service.status.Open(handle);
   service.status.Running();
@@ -101,8 +102,8 @@ void WINAPI ServiceMain(DWORD, wchar_t**) {
 
 }  // namespace
 
-int RunAsService() {
-  std::wstring name = registration::ServiceName;
+bool RunAsService() {
+  std::wstring name = service::ServiceName;
   const SERVICE_TABLE_ENTRYW table[] = {{name.data(), ServiceMain}, {nullptr, nullptr}};
-  return StartServiceCtrlDispatcherW(table) ? 0 : 2;
+  return StartServiceCtrlDispatcherW(table) != 0;
 }
