@@ -47,8 +47,8 @@ class Keeper {
   void Sort(const Json::Value& titles);
   void InstallMissing();
   void FetchMissing();
-  bool MayInstall();
   std::optional<Obstacle> FindObstacle();
+  std::optional<Obstacle> LearnObstacle();
   bool IsTurn(const Json::Value& title);
   bool Install(Json::Value& title);
   void LearnFailure(const Json::Value& title, TitleState& state);
