@@ -13,7 +13,6 @@ namespace {
 
 constexpr int MaxRetries = 3;
 constexpr time_t TimeoutSeconds = 30;  ///< the reference host's
-constexpr const char* JsonMediaType = "application/json";
 constexpr const char* NotAsDescribed = "refused or not as described";
 
 /// Splits an absolute URL behind its host and port.
