@@ -187,6 +187,17 @@ TEST(CommandLine, ATimeOutReachesTheStartToo) {
   }
 }
 
+TEST(CommandLine, CtrlCEndsADownloadInItsOrder) {
+  Lab lab({{"alpha"}});
+  lab.Fault(R"({"on":"file:alpha.cab","delayMs":60000})");
+  const RunResult run = lab.RunToCtrlC("tolmarctl", "install", [&] {
+    return lab.LogText("ZLT.log").find("begins, files") != std::string::npos;
+  });
+  EXPECT_EQ(run.exitStatus, 3) << run.errors;
+  EXPECT_NE(run.output.find("not installed"), std::string::npos) << run.output;
+  EXPECT_FALSE(lab.IsInstalled("alpha"));
+}
+
 TEST(CommandLine, ConfigureSaysThatItGaveUp) {
   Lab lab({{"slow", true}});
   const RunResult run = lab.Run("configure --timeout 4", 30);

@@ -59,6 +59,26 @@ int Shell(const std::string& command, std::string& output) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// Begins a command of the shell. @return its process.
+pid_t Begin(const std::string& command) {
+  const std::string words = "exec " + command;
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", words.c_str(), nullptr);
+    _exit(127);
+  }
+  return child;
+}
+
+/// @return true once it is so, false when it does not come in half a minute.
+bool Reaches(const std::function<bool()>& isSo) {
+  for (int tries = 0; tries < 3000; ++tries) {
+    if (isSo()) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
+}
+
 /// Adds a line to the file that an environment variable names; without it, nothing.
 void Append(const char* variable, const Json::Value& value) {
   const char* file = std::getenv(variable);
@@ -186,9 +206,10 @@ void Lab::WriteConfiguration() const {
             Json::writeString(Json::StreamWriterBuilder(), _configuration));
 }
 
-std::string Lab::Command(const std::string& arguments) const {
-  return "wine '" + Environment("E2E_BIN") + "/tolmarctl.exe' --config 'C:\\lab\\host.json' " +
-         arguments + " 2>'" + (_folder / "stderr").string() + "'";
+std::string Lab::Command(const std::string& arguments, const std::string& program) const {
+  return "wine '" + Environment("E2E_BIN") + "/" + program +
+         ".exe' --config 'C:\\lab\\host.json' " + arguments + " 2>'" +
+         (_folder / "stderr").string() + "'";
 }
 
 RunResult Lab::Run(const std::string& arguments, int seconds) {
@@ -264,18 +285,31 @@ std::string Lab::RunOnTerminal(const std::string& environment, const std::string
 
 bool Lab::RunAndKill(const std::string& arguments, const std::function<bool()>& reached) {
   WriteConfiguration();
-  const std::string command = "exec " + Command("--json " + arguments) + " >/dev/null </dev/null";
-  const pid_t child = fork();
-  if (child == 0) {
-    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-    _exit(127);
-  }
-  bool isReached = false;
-  for (int tries = 0; tries < 3000 && !(isReached = reached()); ++tries)
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  const pid_t child = Begin(Command("--json " + arguments) + " >/dev/null </dev/null");
+  const bool isReached = Reaches(reached);
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
   return isReached;
+}
+
+RunResult Lab::RunToCtrlC(const std::string& program, const std::string& arguments,
+                          const std::function<bool()>& reached) {
+  WriteConfiguration();
+  const fs::path output = _folder / "stdout";
+  const pid_t child = Begin(Command(arguments, program) + " >'" + output.string() + "' </dev/null");
+  Reaches(reached);
+  kill(child, SIGINT);
+  int status = 0;
+  const bool ends = Reaches([&] { return waitpid(child, &status, WNOHANG) == child; });
+  if (!ends) {
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+  }
+  RunResult result;
+  result.exitStatus = ends && WIFEXITED(status) ? WEXITSTATUS(status) : 124;
+  result.output = ReadFile(output);
+  result.errors = ReadFile(_folder / "stderr");
+  return result;
 }
 
 std::vector<std::string> Lab::ReceivedTypes() {

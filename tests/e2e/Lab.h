@@ -76,6 +76,10 @@ class Lab {
   /// Runs tolmarctl and kills it once `reached` says so. @return false when that did not come.
   bool RunAndKill(const std::string& arguments, const std::function<bool()>& reached);
 
+  /// Runs a program of the product and presses Ctrl-C once `reached` says so, or after 30 s.
+  RunResult RunToCtrlC(const std::string& program, const std::string& arguments,
+                       const std::function<bool()>& reached);
+
   /// @return the types of the requests that the simulator received, in order; files as "file NAME".
   std::vector<std::string> ReceivedTypes();
   /// @return all records of one type.
@@ -94,7 +98,7 @@ class Lab {
  private:
   void StartCloud(const Json::Value& catalogue, const std::vector<std::string>& options);
   void ClearMachine() const;
-  std::string Command(const std::string& arguments) const;
+  std::string Command(const std::string& arguments, const std::string& program = "tolmarctl") const;
   Json::Value Ask(const std::string& path);
 
   std::filesystem::path _fixtures;

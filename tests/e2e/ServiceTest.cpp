@@ -140,6 +140,18 @@ TEST(Service, StopsInItsBoundInEachPhase) {
   }
 }
 
+TEST(Service, WorksAtAPromptUntilCtrlC) {
+  Lab lab({{"alpha"}});
+  lab.Configuration()["pollSpreadSeconds"] = 0;
+  const RunResult run = lab.RunToCtrlC("TolmarHost", "--console", [&] {
+    return lab.Run("service status").json["lastRun"].isMember("ended");
+  });
+  EXPECT_EQ(run.exitStatus, 0) << run.errors;
+  EXPECT_TRUE(lab.IsInstalled("alpha"));
+  EXPECT_TRUE(Contains(run.output, "T-alpha")) << run.output;
+  EXPECT_FALSE(Contains(lab.Wine("sc query TolmarHost"), "RUNNING"));
+}
+
 TEST(Service, LetsOthersReadAndTellsThemThatItInstalls) {
   Lab lab({{"slow"}});
   Service service(lab);
