@@ -98,6 +98,7 @@ Json::Value Run(const Options& options) {
   Figures figures(start);
   {
     std::vector<std::jthread> workers;
+    workers.reserve(static_cast<std::size_t>(options.workers));
     for (int i = 0; i < options.workers; ++i) {
       workers.emplace_back([&] { Work(devices, turns, figures); });
     }
