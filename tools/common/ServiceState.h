@@ -13,6 +13,10 @@ using Time = std::int64_t;
 /// Name of the file below the suite's folder.
 inline constexpr const wchar_t* StateFileName = L"service.json";
 
+/// The service's control that lets its next run come now. 128 to 255 are the service's own
+/// ("ControlService function").
+inline constexpr unsigned long RunControl = 128;
+
 /// What came of one title.
 struct TitleState {
   std::string name;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <string>
 
 #include "host/common/Text.h"
@@ -30,20 +31,25 @@ const char* WordOf(DWORD state) {
   return state < std::size(Words) ? Words[state] : Words[0];
 }
 
-/// @return the word for what the service manager says of it.
-std::string ServiceWord() {
+/// Does something with the service. @return Windows' error.
+DWORD WithService(DWORD access, const std::function<BOOL(SC_HANDLE)>& act) {
   SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-  if (manager == nullptr) return WordOf(0);
-  std::string word = WordOf(0);
-  SC_HANDLE service = OpenServiceW(manager, L"TolmarHost", SERVICE_QUERY_STATUS);
-  if (service == nullptr && GetLastError() == ERROR_SERVICE_DOES_NOT_EXIST) word = "not installed";
-  SERVICE_STATUS status{};
-  if (service != nullptr && QueryServiceStatus(service, &status)) {
-    word = WordOf(status.dwCurrentState);
-  }
+  if (manager == nullptr) return GetLastError();
+  SC_HANDLE service = OpenServiceW(manager, L"TolmarHost", access);
+  const bool isDone = service != nullptr && act(service);
+  const DWORD error = isDone ? ERROR_SUCCESS : GetLastError();
   if (service != nullptr) CloseServiceHandle(service);
   CloseServiceHandle(manager);
-  return word;
+  return error;
+}
+
+/// @return the word for what the service manager says of it.
+std::string ServiceWord() {
+  SERVICE_STATUS status{};
+  const auto query = [&](SC_HANDLE service) { return QueryServiceStatus(service, &status); };
+  const DWORD error = WithService(SERVICE_QUERY_STATUS, query);
+  if (error == ERROR_SERVICE_DOES_NOT_EXIST) return "not installed";
+  return WordOf(error == ERROR_SUCCESS ? status.dwCurrentState : 0);
 }
 
 /// @return what is wrong, empty when the state was read or there is none.
@@ -149,5 +155,26 @@ int ServiceStatus(const Options& options) {
     return ExitStatus::Usage;
   }
   options.json ? PrintJson(options, state) : PrintText(state);
+  return ExitStatus::Success;
+}
+
+int ServiceRun(const Options& options) {
+  SERVICE_STATUS status{};
+  const DWORD error = WithService(SERVICE_USER_DEFINED_CONTROL, [&](SC_HANDLE handle) {
+    return ControlService(handle, service::RunControl, &status);
+  });
+  if (error != ERROR_SUCCESS) {
+    const bool runs = error != ERROR_SERVICE_DOES_NOT_EXIST && error != ERROR_SERVICE_NOT_ACTIVE;
+    std::fprintf(stderr, "tolmarctl: %s: the service %s, error %lu\n", options.command.c_str(),
+                 runs ? "cannot be asked" : "does not run", error);
+    return ExitStatus::Usage;
+  }
+  Json::Value root;
+  root["command"] = options.command;
+  if (options.json) {
+    PrintJsonLine(root);
+  } else {
+    PrintLines("asked; tolmarctl service status tells what comes of it\n");
+  }
   return ExitStatus::Success;
 }
