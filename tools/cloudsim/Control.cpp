@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <limits>
-#include <regex>
 #include <string>
 
 #include "tools/cloudsim/ConsolePage.h"
@@ -21,6 +20,13 @@ bool IsForThisMachine(const httplib::Request& request) {
   const std::string host = request.get_header_value("Host");
   const std::string name = host.substr(0, host.find(':', host.find(']') + 1));
   return name == "localhost" || name == "127.0.0.1" || name == "[::1]";
+}
+
+std::string Replaced(std::string text, const std::string& what, const std::string& by) {
+  for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size()) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
 }
 
 void Answer(httplib::Response& response, int status, const Json::Value& value) {
@@ -65,8 +71,7 @@ void Control::OnPage(const httplib::Request&, httplib::Response& response) {
   response.set_header("X-Content-Type-Options", "nosniff");
   response.set_header("Referrer-Policy", "no-referrer");
   response.set_header("Cache-Control", "no-store");
-  response.set_content(std::regex_replace(ConsolePage, std::regex("@NONCE@"), nonce),
-                       "text/html; charset=utf-8");
+  response.set_content(Replaced(ConsolePage, "@NONCE@", nonce), "text/html; charset=utf-8");
 }
 
 void Control::OnState(const httplib::Request& request, httplib::Response& response) {
