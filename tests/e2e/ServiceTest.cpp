@@ -143,6 +143,20 @@ TEST(Service, StopsInItsBoundInEachPhase) {
   }
 }
 
+TEST(Service, RunsWhenSomebodyAsksForIt) {
+  Lab lab({{"alpha"}});
+  Service service(lab);
+  const RunResult tooSoon = lab.Run("service run");
+  EXPECT_EQ(tooSoon.exitStatus, 2);
+  EXPECT_TRUE(Contains(tooSoon.errors, "the service does not run")) << tooSoon.errors;
+  lab.Configuration()["pollSpreadSeconds"] = 604800;
+  lab.WriteConfiguration();
+  service.Start();
+  ASSERT_TRUE(Reaches([&] { return lab.Run("service status").json.isMember("nextRun"); }, 30));
+  EXPECT_EQ(lab.Run("service run").exitStatus, 0);
+  EXPECT_TRUE(Reaches([&] { return lab.IsInstalled("alpha"); }, 30)) << lab.LogText("ZLT.log");
+}
+
 TEST(Service, WorksAtAPromptUntilCtrlC) {
   Lab lab({{"alpha"}});
   lab.Configuration()["pollSpreadSeconds"] = 0;

@@ -18,6 +18,10 @@ inline constexpr const wchar_t* ServiceName = L"TolmarHost";
 inline constexpr const wchar_t* StateFileName = L"service.json";
 inline constexpr std::size_t MaxStateBytes = 16 << 20;
 
+/// The service's control that lets its next run come now. 128 to 255 are the service's own
+/// ("ControlService function").
+inline constexpr unsigned long RunControl = 128;
+
 /// What came of one title.
 struct TitleState {
   std::string name;

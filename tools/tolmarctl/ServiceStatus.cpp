@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -27,16 +28,21 @@ const char* WordOf(DWORD state) {
   return state < std::size(Words) ? Words[state] : Words[0];
 }
 
+/// Does something with the service. @return Windows' error.
+DWORD WithService(DWORD access, const std::function<BOOL(SC_HANDLE)>& act) {
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+  if (!manager) return GetLastError();
+  const ServiceHandle service(OpenServiceW(manager.Get(), service::ServiceName, access));
+  return service && act(service.Get()) ? ERROR_SUCCESS : GetLastError();
+}
+
 /// @return the word for what the service manager says of it.
 std::string ServiceWord() {
-  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
-  if (!manager) return WordOf(0);
-  const ServiceHandle service(
-      OpenServiceW(manager.Get(), service::ServiceName, SERVICE_QUERY_STATUS));
-  if (!service && GetLastError() == ERROR_SERVICE_DOES_NOT_EXIST) return "not installed";
   SERVICE_STATUS status{};
-  const bool isKnown = service && QueryServiceStatus(service.Get(), &status);
-  return WordOf(isKnown ? status.dwCurrentState : 0);
+  const auto query = [&](SC_HANDLE service) { return QueryServiceStatus(service, &status); };
+  const DWORD error = WithService(SERVICE_QUERY_STATUS, query);
+  if (error == ERROR_SERVICE_DOES_NOT_EXIST) return "not installed";
+  return WordOf(error == ERROR_SUCCESS ? status.dwCurrentState : 0);
 }
 
 /// For programs times are Unix milliseconds, as in the report.
@@ -121,5 +127,25 @@ int ServiceStatus(const Options& options) {
   if (!failure.empty()) return Complain(options, ZLT::String::UTF16ToUTF8(failure));
   const service::State state = service::StateIn(text);
   options.json ? PrintJson(options, state) : PrintText(state);
+  return ExitStatus::Success;
+}
+
+int ServiceRun(const Options& options) {
+  SERVICE_STATUS status{};
+  const DWORD error = WithService(SERVICE_USER_DEFINED_CONTROL, [&](SC_HANDLE handle) {
+    return ControlService(handle, service::RunControl, &status);
+  });
+  if (error != ERROR_SUCCESS) {
+    const bool runs = error != ERROR_SERVICE_DOES_NOT_EXIST && error != ERROR_SERVICE_NOT_ACTIVE;
+    const std::string what = runs ? "cannot be asked" : "does not run";
+    return Complain(options, "the service " + what + ", error " + std::to_string(error));
+  }
+  Json::Value root;
+  root["command"] = options.command;
+  if (options.json) {
+    PrintJsonLine(root);
+  } else {
+    PrintLines("asked; tolmarctl service status tells what comes of it\n");
+  }
   return ExitStatus::Success;
 }

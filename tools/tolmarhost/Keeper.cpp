@@ -13,6 +13,8 @@ namespace {
 
 /// What was missing so long ago is asked for anew before it is installed.
 constexpr Time MaxListAge = 900;
+/// Whoever works at the machine may ask for a run, as often as they like.
+constexpr Time LeastInterval = 60;
 
 std::string PartNumberOf(const Json::Value& title) { return TextIn(title, "l1FruPn"); }
 
@@ -71,6 +73,12 @@ void Keeper::RunSoon(const refhost::Configuration& settings) {
   _settings = &settings;
   const Time soon = FirstRun(0, _device.Now(), ThePace(), _device.Random());
   _state.nextRun = std::min(_state.nextRun, soon);
+  Keep();
+}
+
+void Keeper::RunNow() {
+  const Time soonest = std::max(_device.Now(), _state.lastRun.began + LeastInterval);
+  _state.nextRun = std::min(_state.nextRun, soonest);
   Keep();
 }
 

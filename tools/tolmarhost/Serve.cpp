@@ -23,7 +23,7 @@ refhost::Handle NewEvent() { return refhost::Handle(CreateEventW(nullptr, TRUE, 
 
 /// What goes on on threads of its own, and may outlive who waits for it.
 struct Work {
-  Work(HANDLE stop, const EventLog& log) : host(stop, log) {}
+  Work(HANDLE stop, HANDLE run, const EventLog& log) : host(stop, run, log) {}
 
   Host host;
   const refhost::Handle hasRun = NewEvent();
@@ -49,8 +49,9 @@ bool WaitForEnd(const Work& work, AwakeClock::Time begin,
 
 }  // namespace
 
-bool Serve(HANDLE stop, const EventLog& log, const std::function<void(DWORD)>& pending) {
-  const auto work = std::make_shared<Work>(stop, log);
+bool Serve(HANDLE stop, HANDLE run, const EventLog& log,
+           const std::function<void(DWORD)>& pending) {
+  const auto work = std::make_shared<Work>(stop, run, log);
   // What it throws ends the process, which the service manager starts again.
   std::thread([work] {
     work->host.Run();

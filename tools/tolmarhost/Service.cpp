@@ -55,6 +55,7 @@ class Status {
 struct TheService {
   Status status;
   const refhost::Handle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  const refhost::Handle run{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
 };
 
 TheService& Instance() {
@@ -68,6 +69,9 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) {
     case SERVICE_CONTROL_PRESHUTDOWN:
       Instance().status.Stopping(FirstHintMs);
       SetEvent(Instance().stop.Get());
+      return NO_ERROR;
+    case service::RunControl:
+      SetEvent(Instance().run.Get());
       return NO_ERROR;
     case SERVICE_CONTROL_INTERROGATE:
       return NO_ERROR;
@@ -94,8 +98,8 @@ void WINAPI ServiceMain(DWORD, wchar_t**) {
   service.status.Running();
   ApplySettings();
   const EventLog log(false);
-  const bool isClean =
-      Serve(service.stop.Get(), log, [&service](DWORD leftMs) { service.status.Stopping(leftMs); });
+  const bool isClean = Serve(service.stop.Get(), service.run.Get(), log,
+                             [&service](DWORD leftMs) { service.status.Stopping(leftMs); });
   service.status.Stopped();
   if (!isClean) EndHard();
 }
