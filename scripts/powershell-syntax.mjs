@@ -1,4 +1,5 @@
-// Does PowerShell's grammar take these scripts? powershell-syntax.mjs FILE… prints FILE:LINE:COLUMN: TEXT for each fault.
+// Does PowerShell's grammar take these scripts? powershell-syntax.mjs FILE… prints N:LINE:COLUMN: TEXT for each fault in the
+// Nth file, from 0.
 // Exit status: 0 none, 1 faults, 3 the parser is not there (scripts/deps.sh fetches it), which is told.
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
@@ -17,8 +18,21 @@ async function newParser() {
   return parser;
 }
 
+// Windows PowerShell reads UTF-16 too, behind its byte order mark.
+function scriptIn(bytes) {
+  const encoding = bytes[0] === 0xff && bytes[1] === 0xfe ? "utf16le" : "utf8";
+  return bytes.toString(encoding).replace(/^\uFEFF/, "");
+}
+
+// The grammar wants a statement behind a param block and in braces, PowerShell does not: the only one is missing.
+function isNeedless({ isMissing, parent }) {
+  const list = parent?.parent;
+  return isMissing && list?.type === "statement_list" && list.text === "";
+}
+
 // The outermost faults: what stands inside of one says no more.
 function* faults(node) {
+  if (isNeedless(node)) return;
   if (node.isError || node.isMissing) yield node;
   else if (node.hasError) for (const child of node.children) yield* faults(child);
 }
@@ -36,11 +50,11 @@ try {
   process.exit(3);
 }
 let found = 0;
-for (const file of process.argv.slice(2)) {
-  const source = readFileSync(file, "utf8").replace(/^\uFEFF/, "");
+for (const [n, file] of process.argv.slice(2).entries()) {
+  const source = scriptIn(readFileSync(file));
   for (const node of faults(parser.parse(source).rootNode)) {
     const { row, column } = node.startPosition;
-    console.log(`${file}:${row + 1}:${column + 1}: ${textOf(node)}`);
+    console.log(`${n}:${row + 1}:${column + 1}: ${textOf(node)}`);
     ++found;
   }
 }

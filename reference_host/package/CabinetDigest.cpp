@@ -32,14 +32,4 @@ Sha256 SignedDigestOf(const CabinetFile& cabinet) {
   return hash.Finish();
 }
 
-std::string Hex(std::span<const std::uint8_t> bytes) {
-  constexpr char Digits[] = "0123456789abcdef";
-  std::string text;
-  for (const std::uint8_t byte : bytes) {
-    text += Digits[byte >> 4];
-    text += Digits[byte & 15];
-  }
-  return text;
-}
-
 }  // namespace refhost

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <string>
-
 #include "reference_host/base/Sha256.h"
 #include "reference_host/package/CabinetFile.h"
 
@@ -13,8 +9,5 @@ namespace refhost {
 /// the signature itself and the fields that adding it changes. The cabinet is signed.
 /// @throws std::runtime_error when the file cannot be read.
 Sha256 SignedDigestOf(const CabinetFile& cabinet);
-
-/// @return lower-case hex digits.
-std::string Hex(std::span<const std::uint8_t> bytes);
 
 }  // namespace refhost

@@ -17,4 +17,14 @@ bool EndsIn(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> p
          std::ranges::equal(end.last(digest.size()), digest);
 }
 
+std::string Hex(std::span<const std::uint8_t> bytes) {
+  constexpr char Digits[] = "0123456789abcdef";
+  std::string text;
+  for (const std::uint8_t byte : bytes) {
+    text += Digits[byte >> 4];
+    text += Digits[byte & 15];
+  }
+  return text;
+}
+
 }  // namespace refhost

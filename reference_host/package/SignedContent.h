@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "reference_host/package/CabinetHeader.h"
 
@@ -50,5 +51,8 @@ constexpr std::uint8_t Sha256DigestInfo[] = {0x30, 0x31, 0x30, 0x0D, 0x06, 0x09,
 /// @return true when `bytes` end in `prefix` and then `digest`. Pure.
 bool EndsIn(std::span<const std::uint8_t> bytes, std::span<const std::uint8_t> prefix,
             std::span<const std::uint8_t, 32> digest);
+
+/// @return lower-case hex digits.
+std::string Hex(std::span<const std::uint8_t> bytes);
 
 }  // namespace refhost

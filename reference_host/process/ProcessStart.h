@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "host/Export.h"
 #include "reference_host/base/Handle.h"
 
 namespace refhost {
@@ -24,6 +25,6 @@ struct ProcessOrder {
 /// is in no job; its streams are those of its own console, without output for anybody and without
 /// an end of its input.
 /// @return the process, nothing (and the last error) when it does not start.
-Handle StartProcess(const ProcessOrder& order);
+ZLT_API Handle StartProcess(const ProcessOrder& order);
 
 }  // namespace refhost

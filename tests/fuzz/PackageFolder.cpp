@@ -15,8 +15,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool isRead = ParseManifest(text, manifest).empty();
   Require(isRead != manifest.title.empty(), "complete on success only");
   Require(!isRead || !(manifest.module.empty() || manifest.name.empty()), "nothing is empty");
-  const std::vector<ScriptLine> lines = LinesOf(text);
-  const auto ends = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  const std::string script = ScriptIn(text);
+  const std::vector<ScriptLine> lines = LinesOf(script);
+  const auto ends = static_cast<std::size_t>(std::count(script.begin(), script.end(), '\n'));
   Require(lines.size() == ends + 1, "no line is lost");
   for (const ScriptLine& line : lines) {
     Require(line.bare.size() <= line.code.size() && line.depth >= 0, "what is quoted is code too");

@@ -1,4 +1,4 @@
-# The demo's modules as packages unpack them, for genuine PowerShell. Sourced behind scripts/common.sh and scripts/lab.sh.
+# The demo's modules as packages unpack them, and what tolmarpack new makes, for genuine PowerShell. Sourced behind scripts/common.sh and scripts/lab.sh.
 
 # powershell_fixtures OUT: a folder for each; a program of Wine's that does nothing stands for each file that its script
 # installs.
@@ -13,4 +13,5 @@ powershell_fixtures() {
     done < <(grep -o '\$PSScriptRoot\\[^"]*' "$script" | sed 's,\\,/,g; s,^[^/]*/,,')
     cp "${script%/*}"/*.ps1 "$out/"
   done
+  "$BUILD/native/bin/tolmarpack" new "$1/new" >/dev/null
 }

@@ -83,7 +83,7 @@ TEST(Cabinet, LintAndVerifyTellWhatIsWrong) {
   for (const Row& row : Rows()) {
     const Sample sample;
     const fs::path cabinet = sample.folder / "sample.cab";
-    BuildPackage(sample.folder, cabinet);
+    BuildPackage(ReadFolder(sample.folder), cabinet);
     row.unsignedOne(cabinet);
     if (row.signer.IsNamed()) SignCabinet(cabinet, cabinet, row.signer);
     row.signedOne(cabinet);
@@ -102,9 +102,11 @@ TEST(Cabinet, NamesThatWindowsCannotHaveAreRefused) {
     const Sample sample;
     sample.Write(name, "x");
     EXPECT_EQ(RulesIn(Lint({sample.folder}, {})), std::set<std::string>{"name-refused"}) << name;
-    EXPECT_THROW(BuildPackage(sample.folder, sample.home.Path() / "x.cab"), std::runtime_error);
+    EXPECT_THROW(BuildPackage(ReadFolder(sample.folder), sample.home.Path() / "x.cab"),
+                 std::runtime_error);
   }
   const Sample sample;
   fs::create_symlink("/etc/hostname", sample.folder / "payload" / "link");
-  EXPECT_THROW(BuildPackage(sample.folder, sample.home.Path() / "x.cab"), std::runtime_error);
+  EXPECT_THROW(BuildPackage(ReadFolder(sample.folder), sample.home.Path() / "x.cab"),
+               std::runtime_error);
 }

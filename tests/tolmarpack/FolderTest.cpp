@@ -2,11 +2,13 @@
 
 #include <functional>
 #include <sstream>
+#include <string_view>
 
 #include "reference_host/package/CabinetMember.h"
 #include "tests/tolmarpack/Sample.h"
 #include "tools/cloudsim/JsonNode.h"
 #include "tools/tolmarpack/Cabinet.h"
+#include "tools/tolmarpack/Options.h"
 #include "tools/tolmarpack/Publish.h"
 
 using namespace tolmarpack;
@@ -19,9 +21,14 @@ using Spoil = std::function<void(const Sample&)>;
 struct Row {
   const char* rule;  ///< empty: nothing is to be found
   const char* file;
-  const char* text;  ///< behind what the file has, or instead of it
+  std::string text;  ///< behind what the file has, or instead of it
   bool isInstead = false;
 };
+
+/// @return the bytes of a file in UTF-16.
+std::string Wide(std::u16string_view text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
 
 const Row Rows[] = {
     {"manifest", ManifestName, "{", true},
@@ -34,6 +41,7 @@ const Row Rows[] = {
     {"installer-command", InstallerName, "exit 0\n", true},
     {"installer-command", InstallerName, "param([string]$what)\n$command = 'x'\n", true},
     {"", InstallerName, "<# first #>\nParam(\n  [int]$n,\n  $Command)\nexit 0\n", true},
+    {"", InstallerName, "# alone\nparam([string]$command)\n", true},
     {"check-several", "check-sample-2.ps1", "exit 1\n"},
     {"check-name", Check, "", true},  // renamed, see below
     {"check-always", Check, "exit 0\n", true},
@@ -49,6 +57,8 @@ const Row Rows[] = {
     {"restart", InstallerName, "& \"$env:windir\\system32\\shutdown.exe\" /r /t 0\n"},
     {"restart", InstallerName, "& msiexec.exe /i setup.msi /qn /forcerestart\n"},
     {"", InstallerName, "# Read-Host\n'Restart-Computer, pause'\n<#\npause\n#>\n@'\npause\n'@\n"},
+    {"restart", InstallerName,
+     Wide(u"\uFEFF# \u00FC\nparam($command)\n'\U0001F600'\nRestart-Computer\n"), true},
     {"encoding", InstallerName, "# \xC3\xBC\n"},
     {"download-path", InstallerName,
      "New-Service -Name x -BinaryPathName \"$PSScriptRoot\\x.exe\"\n"},
@@ -116,7 +126,7 @@ TEST(Folder, BadNamesAreNoPackages) {
   for (const char* name : {"a b", "aux", "a.", "x'y", ""}) {
     EXPECT_THROW(MakeFolder(home.Path() / name), std::invalid_argument) << name;
   }
-  EXPECT_THROW(BuildPackage(home.Path(), home.Path() / "x.cab"), std::runtime_error);
+  EXPECT_THROW(BuildPackage(ReadFolder(home.Path()), home.Path() / "x.cab"), std::runtime_error);
   EXPECT_TRUE(fs::is_empty(home.Path()));
 }
 
@@ -129,11 +139,15 @@ TEST(Folder, TheSameFilesMakeTheSameCabinet) {
   }
   fs::last_write_time(other.folder / InstallerName,
                       fs::file_time_type::clock::now() - std::chrono::hours(24 * 365));
-  BuildPackage(sample.folder, sample.home.Path() / "out.cab");
-  BuildPackage(other.folder, other.home.Path() / "out.cab");
+  BuildPackage(ReadFolder(sample.folder), sample.home.Path() / "out.cab");
+  BuildPackage(ReadFolder(other.folder), other.home.Path() / "out.cab");
   const std::string bytes = ReadFile(sample.home.Path() / "out.cab");
   EXPECT_TRUE(bytes == ReadFile(other.home.Path() / "out.cab"));
   EXPECT_LT(bytes.size(), noise.size());
+  Options options;  // Words of the command line are UTF-8, whatever the PC's code page.
+  int status = 0;
+  const fs::path beyond = sample.folder / PathOf("payload/deep/\xC3\xBC.txt");
+  EXPECT_TRUE(ReadOptions({"lint", TextOf(beyond)}, options, status));
   const TemporaryFolder unpacked;
   UnpackCabinet(sample.home.Path() / "out.cab", unpacked.Path());
   EXPECT_EQ(ReadFile(unpacked.Path() / "payload" / "noise.txt"), noise);
@@ -146,7 +160,8 @@ TEST(Folder, ACatalogueHoldsTheModulesOfATitleAndKeepsWhatItHad) {
   MakeFolder(second);
   WriteFile(second / ManifestName, R"({"title": "T-SAMPLE", "name": "sample", "module": "M-SECOND",
     "description": "more", "files": ["notes.txt"]})");
-  WriteFile(second / "notes.txt", "notes");
+  const std::string notes = "notes\n\x1A\r\n";  // None of it is the system's affair.
+  WriteFile(second / "notes.txt", notes);
   const fs::path catalogue = first.home.Path() / "cloud" / "catalogue.json";
   WriteFile(catalogue, R"({"sessionToken": "kept", "titles": ["gone"]})");
   const auto published = Publish({first.folder, second}, catalogue, {});
@@ -164,6 +179,7 @@ TEST(Folder, ACatalogueHoldsTheModulesOfATitleAndKeepsWhatItHad) {
       EXPECT_TRUE(fs::exists(catalogue.parent_path() / file)) << file;
     }
   }
+  EXPECT_EQ(ReadFile(catalogue.parent_path() / "second" / "notes.txt"), notes);
   const std::string before = ReadFile(catalogue);
   EXPECT_THROW(Publish({second, second}, catalogue, {}), std::runtime_error);
   EXPECT_EQ(ReadFile(catalogue), before);

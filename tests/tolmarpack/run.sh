@@ -39,6 +39,8 @@ failing_package() (
   printf 'exit 0\n' >broken/check-broken.ps1
   printf "param([string]\$command)\nWrite-Output 'the licence has run out'\nexit 3\n" >broken/install.ps1
   said 1 tolmarpack --json lint broken | jq -e '[.findings[].rule] == ["check-always"]'
+  flock "$BUILD/trial.lock" tolmarpack test broken 2>refused.log && die "two trials share a lab"
+  grep -q 'another trial is under way' refused.log
   document=$(said 1 tolmarpack --json test broken)
   jq -e '(.phases[0] | .phase == "detect" and (.good | not)) and
     (.phases[] | select(.phase == "installed") | (.good | not) and (.output | test("licence has run out")))' <<<"$document"

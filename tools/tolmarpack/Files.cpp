@@ -26,15 +26,31 @@ std::string ReadFile(const fs::path& path) {
   return bytes;
 }
 
-void WriteFile(const fs::path& path, const std::string& bytes) {
+void Replace(const fs::path& path, const std::function<void(const fs::path& part)>& write) {
   if (path.has_parent_path()) fs::create_directories(path.parent_path());
   fs::path part = path;
   part += ".part";
-  std::ofstream file(part, std::ios::binary);
-  file << bytes;
-  file.close();
-  if (!file) throw std::runtime_error("cannot write " + TextOf(part));
+  write(part);
   fs::rename(part, path);
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+  Replace(path, [&](const fs::path& part) {
+    std::ofstream file(part, std::ios::binary);
+    file << bytes;
+    file.close();
+    if (!file) throw std::runtime_error("cannot write " + TextOf(part));
+  });
+}
+
+void Copy(const fs::path& from, const fs::path& to) {
+  Replace(to, [&](const fs::path& part) {
+    std::error_code fault;
+    fs::copy_file(from, part, fs::copy_options::overwrite_existing, fault);
+    if (fault) throw std::runtime_error("cannot copy " + TextOf(from) + ": " + fault.message());
+    // A copy that may not be written could not be replaced on Windows.
+    fs::permissions(part, fs::perms::owner_write, fs::perm_options::add);
+  });
 }
 
 TemporaryFolder::TemporaryFolder() {

@@ -2,9 +2,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <span>
+#include <functional>
 #include <string>
-#include <vector>
 
 namespace tolmarpack {
 
@@ -18,9 +17,15 @@ std::string TextOf(const std::filesystem::path& path);
 /// @return the file's bytes. @throws std::runtime_error when it cannot be read.
 std::string ReadFile(const std::filesystem::path& path);
 
-/// Writes a file, its folders too; a file that is there is replaced once the new one is whole.
-/// @throws std::runtime_error when it cannot be written.
+/// Makes a file, its folders too; a file that is there is replaced once the new one is whole.
+/// @param write in, writes it at the place that it is given, which may have the rest of another.
+/// @throws std::runtime_error when there is no folder for it; what `write` throws.
+void Replace(const std::filesystem::path& path,
+             const std::function<void(const std::filesystem::path& part)>& write);
+
+/// Both make a file by Replace. @throws std::runtime_error when it cannot be written, or read.
 void WriteFile(const std::filesystem::path& path, const std::string& bytes);
+void Copy(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// A folder that is gone at the end of its scope.
 class TemporaryFolder {

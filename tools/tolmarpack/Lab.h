@@ -1,18 +1,21 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Signature.h"
 
 namespace tolmarpack {
 
 /// Where packages are tried: a device, the host program on it, and a simulator of the service.
 struct Lab {
-  std::filesystem::path folder;    ///< the trial's own, on the device, empty
-  std::string folderOnDevice;      ///< as the device names it
+  std::shared_ptr<const TemporaryFolder> own;  ///< null: somebody else removes the folder
+  std::filesystem::path folder;                ///< the trial's own, on the device, empty
+  std::string folderOnDevice;                  ///< as the device names it
   std::vector<std::string> host;   ///< words that run tolmarctl; its arguments come behind
   std::vector<std::string> cloud;  ///< words that run the simulator; its arguments come behind
   std::string scheme;              ///< of the simulator's address

@@ -10,6 +10,7 @@
 #include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Package.h"
 #include "tools/tolmarpack/ScriptRules.h"
+#include "tools/tolmarpack/ScriptText.h"
 #include "tools/tolmarpack/Syntax.h"
 
 namespace fs = std::filesystem;
@@ -17,11 +18,6 @@ namespace fs = std::filesystem;
 namespace tolmarpack {
 
 namespace {
-
-std::string Lower(std::string text) {
-  for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-  return text;
-}
 
 /// One look at packages that meet in one download folder.
 class Look {

@@ -58,7 +58,9 @@ int RunCommand(const Options& options) {
   } else if (options.command == "lint") {
     return Print(LintAsAsked(options), options.json) ? Good : NotGood;
   } else if (options.command == "build") {
-    Print(BuildPackage(path, output), output);
+    const PackageFolder folder = ReadFolder(path);
+    BuildPackage(folder, output);
+    Print(folder, output);
   } else if (options.command == "sign") {
     const std::filesystem::path result = output.empty() ? path : output;
     SignCabinet(path, result, options.signer);

@@ -14,7 +14,7 @@ Manifest ManifestIn(const JsonNode& root) {
   manifest.title = root.At("title").Text();
   manifest.name = root.At("name").Text();
   manifest.module = root.At("module").Text();
-  manifest.description = root.At("description").Text();
+  root.At("description").Text();  // For who reads the file; it has to be there.
   if (const auto flag = root.Find("preinstall")) manifest.preinstall = flag->Flag();
   if (const auto files = root.Find("files")) {
     for (const JsonNode& file : files->Items()) manifest.files.push_back(file.Text());

@@ -10,7 +10,6 @@ struct Manifest {
   std::string title;   ///< the title's part number
   std::string name;    ///< the title's name, for people
   std::string module;  ///< the module's part number
-  std::string description;
   bool preinstall = false;
   std::vector<std::string> files;  ///< what the module has fetched beside package and check
 };

@@ -2,7 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <filesystem>
 
+#include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Rules.h"
 
 namespace tolmarpack {
@@ -10,6 +12,22 @@ namespace tolmarpack {
 namespace {
 
 constexpr unsigned int MaxSeconds = 24 * 3600;
+
+/// CLI11's own checks read a name in the PC's code page on Windows.
+CLI::Validator Existing(const char* kind, const char* shown, bool takesFile, bool takesFolder) {
+  const auto check = [=](const std::string& name) {
+    std::error_code unused;
+    const std::filesystem::file_status status = std::filesystem::status(PathOf(name), unused);
+    const bool isFolder = std::filesystem::is_directory(status);
+    const bool isGood = std::filesystem::exists(status) && (isFolder ? takesFolder : takesFile);
+    return isGood ? std::string() : std::string(kind) + " does not exist: " + name;
+  };
+  return {check, shown};
+}
+
+CLI::Validator ExistingFile() { return Existing("File", "FILE", true, false); }
+CLI::Validator ExistingFolder() { return Existing("Directory", "DIR", false, true); }
+CLI::Validator ExistingPath() { return Existing("Path", "PATH(existing)", true, true); }
 
 void AddSigner(CLI::App& command, Signer& signer) {
   CLI::Option* pfx = command.add_option("--pfx", signer.pfx, "certificate and key in one file");
@@ -22,7 +40,7 @@ void AddSigner(CLI::App& command, Signer& signer) {
                                              "its first line opens the PFX or the key");
   CLI::Option* timestamp =
       command.add_option("--timestamp", signer.timestamp, "address of a time stamp service");
-  for (CLI::Option* file : {pfx, certificate, key, chain, password}) file->check(CLI::ExistingFile);
+  for (CLI::Option* file : {pfx, certificate, key, chain, password}) file->check(ExistingFile());
   pfx->excludes(certificate)->excludes(key);
   certificate->needs(key);
   key->needs(certificate);
@@ -33,10 +51,10 @@ void AddSigner(CLI::App& command, Signer& signer) {
 
 void AddYardstick(CLI::App& command, Options& options) {
   command.add_option("--config", options.configuration, "the devices' configuration")
-      ->check(CLI::ExistingFile);
+      ->check(ExistingFile());
   command
       .add_option("--ca", options.roots, "what the devices trust, PEM; on Windows: this PC's roots")
-      ->check(CLI::ExistingFile);
+      ->check(ExistingFile());
 }
 
 CLI::Option* AddPaths(CLI::App& command, Options& options, const char* name, const char* help) {
@@ -44,19 +62,17 @@ CLI::Option* AddPaths(CLI::App& command, Options& options, const char* name, con
 }
 
 void AddFolder(CLI::App& command, Options& options) {
-  AddPaths(command, options, "FOLDER", "what new makes")
-      ->expected(1)
-      ->check(CLI::ExistingDirectory);
+  AddPaths(command, options, "FOLDER", "what new makes")->expected(1)->check(ExistingFolder());
 }
 
 void AddPackage(CLI::App& command, Options& options) {
-  AddPaths(command, options, "CAB", "a package")->expected(1)->check(CLI::ExistingFile);
+  AddPaths(command, options, "CAB", "a package")->expected(1)->check(ExistingFile());
 }
 
 void AddLint(CLI::App& app, Options& options) {
   CLI::App* lint = app.add_subcommand("lint", "look for mistakes that packages have");
   AddPaths(*lint, options, "FOLDER|CAB", "folders and packages that meet on a device")
-      ->check(CLI::ExistingPath);
+      ->check(ExistingPath());
   AddYardstick(*lint, options);
   std::vector<std::string> ids;
   for (const Rule& rule : AllRules()) ids.emplace_back(rule.id);
@@ -87,9 +103,9 @@ void AddCommands(CLI::App& app, Options& options) {
       ->check(CLI::Range(1u, MaxSeconds));
   test->add_option("--cloudsim", options.simulator,
                    "the simulator, else the one beside this program")
-      ->check(CLI::ExistingFile);
+      ->check(ExistingFile());
   CLI::App* publish = app.add_subcommand("publish", "write a catalogue for the simulator");
-  AddPaths(*publish, options, "FOLDER", "what new makes")->check(CLI::ExistingDirectory);
+  AddPaths(*publish, options, "FOLDER", "what new makes")->check(ExistingFolder());
   publish->add_option("--catalogue", options.catalogue, "the file; packages go beside it")
       ->required();
   AddSigner(*publish, options.signer);

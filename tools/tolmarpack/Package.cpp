@@ -7,6 +7,7 @@
 #include "reference_host/files/MemberName.h"
 #include "tools/tolmarpack/Cabinet.h"
 #include "tools/tolmarpack/Files.h"
+#include "tools/tolmarpack/ScriptText.h"
 
 namespace fs = std::filesystem;
 
@@ -14,12 +15,7 @@ namespace tolmarpack {
 
 namespace {
 
-bool IsScript(const fs::path& path) {
-  std::string extension = TextOf(path.extension());
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return extension == ".ps1";
-}
+bool IsScript(const fs::path& path) { return Lower(TextOf(path.extension())) == ".ps1"; }
 
 /// A link may lead to other bytes on the next PC that builds the package.
 void AddPayload(PackageFolder& folder) {
@@ -52,6 +48,7 @@ PackageFolder ReadFolder(const fs::path& path) {
   if (!fs::is_directory(path)) throw std::runtime_error(TextOf(path) + " is no folder");
   PackageFolder folder;
   folder.path = fs::canonical(path);
+  folder.given = TextOf(path);
   folder.name = TextOf(folder.path.filename());
   for (const auto& entry : fs::directory_iterator(folder.path)) {
     const std::string name = TextOf(entry.path().filename());
@@ -75,14 +72,12 @@ Manifest ReadManifest(const PackageFolder& folder) {
   return manifest;
 }
 
-PackageFolder BuildPackage(const fs::path& path, const fs::path& cabinet) {
-  PackageFolder folder = ReadFolder(path);
+void BuildPackage(const PackageFolder& folder, const fs::path& cabinet) {
   if (!folder.Has(InstallerName)) {
-    throw std::runtime_error(TextOf(path) + " has no " + InstallerName);
+    throw std::runtime_error(folder.given + " has no " + InstallerName);
   }
   RequireGoodNames(folder);
   WriteCabinet(folder.sources, cabinet);
-  return folder;
 }
 
 }  // namespace tolmarpack

@@ -21,6 +21,7 @@ struct SourceFile {
 /// A folder that a package is made of: `package.json`, `install.ps1`, one check script, `payload`.
 struct PackageFolder {
   std::filesystem::path path;
+  std::string given;                ///< its path as the user named it
   std::string name;                 ///< the folder's; the package is NAME.cab
   std::vector<std::string> checks;  ///< the scripts in it that are not the installer, by name
   std::vector<SourceFile> sources;  ///< what goes into the cabinet, by name: the installer too
@@ -42,9 +43,7 @@ Manifest ReadManifest(const PackageFolder& folder);
 void MakeFolder(const std::filesystem::path& path);
 
 /// Packs a folder. @param cabinet in, replaced once the new one is whole.
-/// @return what it holds.
 /// @throws std::runtime_error when the folder has no installer, or a name that is refused.
-PackageFolder BuildPackage(const std::filesystem::path& folder,
-                           const std::filesystem::path& cabinet);
+void BuildPackage(const PackageFolder& folder, const std::filesystem::path& cabinet);
 
 }  // namespace tolmarpack

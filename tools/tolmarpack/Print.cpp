@@ -159,9 +159,9 @@ void Print(const PackageFolder& folder, const std::filesystem::path& cabinet) {
 
 void Print(const std::vector<Published>& modules, const std::string& catalogue) {
   Table table({"TITLE", "NAME", "MODULE", "FILE"});
-  for (const Published& module : modules) {
-    for (const std::string& file : module.files) {
-      table.Add({{module.title}, {module.name}, {module.module}, {file}});
+  for (const auto& [manifest, files] : modules) {
+    for (const std::string& file : files) {
+      table.Add({{manifest.title}, {manifest.name}, {manifest.module}, {file}});
     }
   }
   PrintText(table.Text(false) + "serve it: cloudsim --catalogue " + Printable(catalogue) + "\n");

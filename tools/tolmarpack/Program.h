@@ -19,7 +19,7 @@ class Program {
   /// @param words in, UTF-8; the first is the program, sought on the PATH when it has no folder.
   /// @throws std::runtime_error when it cannot be started.
   explicit Program(const std::vector<std::string>& words);
-  /// Ends it when it has not ended.
+  /// Ends it when it has not ended, and waits for that.
   ~Program();
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;

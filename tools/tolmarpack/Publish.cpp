@@ -2,7 +2,6 @@
 
 #include <json/writer.h>
 
-#include <algorithm>
 #include <stdexcept>
 
 #include "tools/cloudsim/JsonNode.h"
@@ -30,22 +29,25 @@ Json::Value ReadCatalogue(const fs::path& path) {
 }
 
 /// The last cabinet and the last script of a module count: the package's own stand behind the rest.
+/// @return the files, relative to the catalogue's folder.
 std::vector<std::string> Place(const PackageFolder& folder, const Manifest& manifest,
-                               const fs::path& target, const Signer& signer) {
+                               const fs::path& home, const Signer& signer) {
   if (folder.checks.size() != 1) {
     throw std::runtime_error(TextOf(folder.path) + " must have one check script, it has " +
                              std::to_string(folder.checks.size()));
   }
   std::vector<std::string> files;
+  const auto add = [&](const std::string& name) {
+    files.push_back(folder.name + "/" + name);
+    return home / PathOf(files.back());
+  };
   const auto copy = [&](const std::string& file) {
     const fs::path source = folder.path / PathOf(file);
-    files.push_back(TextOf(source.filename()));
-    WriteFile(target / source.filename(), ReadFile(source));
+    Copy(source, add(TextOf(source.filename())));
   };
   for (const std::string& file : manifest.files) copy(file);
-  files.push_back(folder.name + ".cab");
-  const fs::path cabinet = target / PathOf(files.back());
-  BuildPackage(folder.path, cabinet);
+  const fs::path cabinet = add(folder.name + ".cab");
+  BuildPackage(folder, cabinet);
   if (signer.IsNamed()) SignCabinet(cabinet, cabinet, signer);
   copy(folder.checks.front());
   return files;
@@ -68,7 +70,8 @@ Json::Value& EntryOf(Json::Value& titles, const Manifest& manifest) {
   return entry;
 }
 
-void AddModule(Json::Value& titles, const Manifest& manifest, const Published& published) {
+void AddModule(Json::Value& titles, const Published& published) {
+  const Manifest& manifest = published.manifest;
   Json::Value& modules = EntryOf(titles, manifest)["modules"];
   for (const Json::Value& other : modules) {
     if (other["moduleFruPn"] == manifest.module) {
@@ -89,13 +92,9 @@ std::vector<Published> Publish(const std::vector<fs::path>& folders, const fs::p
   std::vector<Published> all;
   for (const fs::path& path : folders) {
     const PackageFolder folder = ReadFolder(path);
-    const Manifest manifest = ReadManifest(folder);
-    Published published{manifest.title, manifest.name, manifest.module, {}};
-    const fs::path target = catalogue.parent_path() / PathOf(folder.name);
-    for (const std::string& file : Place(folder, manifest, target, signer)) {
-      published.files.push_back(folder.name + "/" + file);
-    }
-    AddModule(titles, manifest, published);
+    Published published{ReadManifest(folder), {}};
+    published.files = Place(folder, published.manifest, catalogue.parent_path(), signer);
+    AddModule(titles, published);
     all.push_back(std::move(published));
   }
   root["titles"] = titles;

@@ -4,15 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "tools/tolmarpack/Manifest.h"
 #include "tools/tolmarpack/Signature.h"
 
 namespace tolmarpack {
 
 /// A module that was published.
 struct Published {
-  std::string title;
-  std::string name;
-  std::string module;
+  Manifest manifest;
   std::vector<std::string> files;  ///< relative to the catalogue's folder
 };
 

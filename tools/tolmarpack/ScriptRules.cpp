@@ -37,27 +37,37 @@ bool AnyBegins(const Words& words, std::initializer_list<std::string_view> begin
   });
 }
 
+/// A line, taken apart once for all rules.
+struct Sentence {
+  explicit Sentence(const ScriptLine& from)
+      : line(from), codeWords(WordsOf(line.code)), bareWords(WordsOf(line.bare)) {}
+
+  const ScriptLine& line;
+  Words codeWords;
+  Words bareWords;
+};
+
 /// @return why a line waits for somebody, empty when it does not.
-std::string Interaction(const ScriptLine& line) {
+std::string Interaction(const Sentence& sentence) {
   for (const char* command :
        {"read-host", "pause", "get-credential", "out-gridview", "show-command", "wait-debugger"}) {
-    if (IsAnyIn(WordsOf(line.bare), {command})) return std::string(command) + " waits for somebody";
+    if (IsAnyIn(sentence.bareWords, {command})) return std::string(command) + " waits for somebody";
   }
   for (const char* call : {"[console]::read", ".ui.prompt", ".ui.readline", "messagebox]::show"}) {
-    if (Holds(line.bare, call)) return std::string(call) + " waits for somebody";
+    if (Holds(sentence.line.bare, call)) return std::string(call) + " waits for somebody";
   }
-  const Words words = WordsOf(line.code);
+  const Words& words = sentence.codeWords;
   if (IsProgramIn(words, "msiexec") && !AnyBegins(words, {"/q", "-q"}))
     return "msiexec without /qn shows windows";
   return {};
 }
 
 /// @return what restarts the PC in a line, empty when nothing does.
-std::string Restart(const ScriptLine& line) {
+std::string Restart(const Sentence& sentence) {
   for (const char* command : {"restart-computer", "stop-computer"}) {
-    if (IsAnyIn(WordsOf(line.bare), {command})) return command;
+    if (IsAnyIn(sentence.bareWords, {command})) return command;
   }
-  const Words words = WordsOf(line.code);
+  const Words& words = sentence.codeWords;
   if (IsAnyIn(words, {"/forcerestart", "-forcerestart"})) return "/forcerestart";
   return IsProgramIn(words, "shutdown") && IsAnyIn(words, {"/r", "-r", "/s", "-s", "/g", "-g"})
              ? "shutdown"
@@ -65,17 +75,17 @@ std::string Restart(const ScriptLine& line) {
 }
 
 /// @return what of the download folder a line relies on, empty when nothing.
-std::string DownloadPath(ScriptKind kind, const ScriptLine& line, const std::string& folder) {
-  if (Holds(line.code, folder)) return "the download folder by its name";
-  const Words words = WordsOf(line.code);
-  const bool isOwnFolder = Holds(line.code, "$psscriptroot") || Holds(line.code, "$myinvocation");
+std::string DownloadPath(ScriptKind kind, const Sentence& sentence, const std::string& folder) {
+  const std::string& code = sentence.line.code;
+  if (Holds(code, folder)) return "the download folder by its name";
+  const bool isOwnFolder = Holds(code, "$psscriptroot") || Holds(code, "$myinvocation");
   if (kind == ScriptKind::Check) {
     return isOwnFolder ? "its own folder, which is the download folder" : "";
   }
-  const bool isKept =
-      IsAnyIn(words, {"new-service", "register-scheduledtask", "new-scheduledtaskaction", "sc.exe",
-                      "set-itemproperty", "new-itemproperty"}) ||
-      IsProgramIn(words, "schtasks") || Holds(line.code, ".targetpath");
+  const bool isKept = IsAnyIn(sentence.codeWords,
+                              {"new-service", "register-scheduledtask", "new-scheduledtaskaction",
+                               "sc.exe", "set-itemproperty", "new-itemproperty"}) ||
+                      IsProgramIn(sentence.codeWords, "schtasks") || Holds(code, ".targetpath");
   return isOwnFolder && isKept ? "a path into the unpacked package is kept" : "";
 }
 
@@ -138,13 +148,14 @@ void LintEncoding(const std::string& file, const std::string& text, LintReport& 
 void LintScript(ScriptKind kind, const std::string& file, const std::string& text,
                 const std::string& downloadFolder, LintReport& report) {
   LintEncoding(file, text, report);
-  const Lines lines = LinesOf(text);
+  const Lines lines = LinesOf(ScriptIn(text));
   const std::string folder = downloadFolder.empty() ? "\\tolmar\\download" : downloadFolder;
   for (std::size_t i = 0; i < lines.size(); ++i) {
+    const Sentence sentence(lines[i]);
     const std::array<std::pair<const char*, std::string>, 3> found{
-        {{"interactive", Interaction(lines[i])},
-         {"restart", Restart(lines[i])},
-         {"download-path", DownloadPath(kind, lines[i], folder)}}};
+        {{"interactive", Interaction(sentence)},
+         {"restart", Restart(sentence)},
+         {"download-path", DownloadPath(kind, sentence, folder)}}};
     for (const auto& [rule, what] : found) {
       if (!what.empty()) report.Add(rule, file, i + 1, what);
     }

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <string_view>
 
+#include "host/common/Text.h"
+
 namespace tolmarpack {
 
 namespace {
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 bool IsWordSign(char c) {
   return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
@@ -17,7 +17,7 @@ bool IsWordSign(char c) {
 /// Goes through a script sign by sign.
 class Scanner {
  public:
-  explicit Scanner(const std::string& text) : _text(text) {}
+  explicit Scanner(const std::string& text) : _text(Lower(text)) {}
 
   std::vector<ScriptLine> Lines() {
     if (_text.starts_with("\xEF\xBB\xBF")) _at = 3;
@@ -39,7 +39,7 @@ class Scanner {
 
   void Put(bool isCode, bool isBare) {
     ScriptLine& line = _lines.back();
-    const char c = Lower(_text[_at]);
+    const char c = _text[_at];
     if (isCode) line.code += c;
     if (isBare) line.bare += c;
   }
@@ -96,7 +96,7 @@ class Scanner {
     }
   }
 
-  const std::string& _text;
+  const std::string _text;
   std::size_t _at = 0;
   Mode _mode = Mode::Code;
   int _depth = 0;
@@ -104,6 +104,22 @@ class Scanner {
 };
 
 }  // namespace
+
+std::string Lower(std::string text) {
+  for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+  return text;
+}
+
+std::string ScriptIn(const std::string& bytes) {
+  if (!bytes.starts_with("\xFF\xFE")) return bytes;
+  std::wstring text;
+  for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+    const auto low = static_cast<unsigned char>(bytes[at]);
+    const auto high = static_cast<unsigned char>(bytes[at + 1]);
+    text += static_cast<wchar_t>(low | high << 8);
+  }
+  return ZLT::String::UTF16ToUTF8(text);
+}
 
 std::vector<ScriptLine> LinesOf(const std::string& text) { return Scanner(text).Lines(); }
 

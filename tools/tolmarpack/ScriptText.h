@@ -5,12 +5,19 @@
 
 namespace tolmarpack {
 
+/// @return the text, ASCII letters in lower case.
+std::string Lower(std::string text);
+
 /// A line of a PowerShell script, in lower case.
 struct ScriptLine {
   std::string code;  ///< without comments
   std::string bare;  ///< without what stands in quotes, too
   int depth = 0;     ///< how many braces are open where it begins
 };
+
+/// @param bytes in, a script. @return its text, UTF-8: PowerShell reads UTF-16 too, behind its byte
+/// order mark. Pure.
+std::string ScriptIn(const std::string& bytes);
 
 /// Takes a script apart as far as the rules need it: comments, quoted text, here-strings and
 /// braces. It is no parser, and takes whatever it is given. Pure.

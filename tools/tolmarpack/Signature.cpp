@@ -4,7 +4,6 @@
 
 #include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Program.h"
-#include "tools/tolmarpack/SigningProgram.h"
 
 namespace fs = std::filesystem;
 
@@ -19,7 +18,7 @@ void SignCabinet(const fs::path& cabinet, const fs::path& result, const Signer& 
     throw std::runtime_error(words[0] + " has not signed " + TextOf(cabinet) + ": " +
                              ending.output);
   }
-  WriteFile(result, ReadFile(signedOne));
+  Copy(signedOne, result);
 }
 
 }  // namespace tolmarpack

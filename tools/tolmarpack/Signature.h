@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "reference_host/package/CabinetPolicy.h"
 
@@ -30,6 +31,11 @@ struct Signer {
 
   bool IsNamed() const { return !pfx.empty() || !certificate.empty(); }
 };
+
+/// @return the command that makes the signed cabinet `result` (not there yet) out of `cabinet`.
+/// @throws std::runtime_error when this system's program cannot sign with what the signer has.
+std::vector<std::string> SigningWords(const std::filesystem::path& cabinet,
+                                      const std::filesystem::path& result, const Signer& signer);
 
 /// Signs a cabinet with SHA-256, by osslsigncode, on Windows by signtool, which takes a PFX only.
 /// @param cabinet in, unsigned. @param result in, replaced once the signed one is whole; may be

@@ -1,5 +1,6 @@
 #include "tools/tolmarpack/Syntax.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -28,13 +29,16 @@ void LintSyntax(const std::vector<ScriptToParse>& scripts, LintReport& report) t
   const Ending ending = RunParser(files);
   if (ending.exitStatus != 0 && ending.exitStatus != 1) throw std::runtime_error(ending.output);
   std::istringstream lines(ending.output);
+  const std::size_t before = report.findings.size();
   for (std::string line; std::getline(lines, line);) {
-    for (std::size_t i = 0; i < files.size(); ++i) {
-      if (line.starts_with(files[i] + ":")) {
-        AddFault(scripts[i].shown, line.substr(files[i].size() + 1), report);
-      }
+    std::size_t place = 0;
+    const auto [end, fault] = std::from_chars(line.data(), line.data() + line.size(), place);
+    if (fault == std::errc() && *end == ':' && place < scripts.size()) {
+      AddFault(scripts[place].shown, end + 1, report);
     }
   }
+  const bool isTold = report.findings.size() != before;
+  if (ending.exitStatus == 1 && !isTold) throw std::runtime_error(ending.output);
 } catch (const std::runtime_error& error) {
   const std::string why = error.what();
   report.unchecked.push_back("whether PowerShell understands the scripts: " +

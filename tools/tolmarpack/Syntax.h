@@ -17,9 +17,9 @@ struct ScriptToParse {
 };
 void LintSyntax(const std::vector<ScriptToParse>& scripts, LintReport& report);
 
-/// Runs this system's parser: one line FILE:LINE:COLUMN: TEXT for each fault, status 0 or 1.
-/// Natively that is a grammar (scripts/powershell-syntax.mjs, by node), on Windows PowerShell's
-/// own.
+/// Runs this system's parser: one line N:LINE:COLUMN: TEXT for each fault in the Nth file, from 0,
+/// status 0 or 1. Names would come back in the code page of the PC's console. Natively that is a
+/// grammar (scripts/powershell-syntax.mjs, by node), on Windows PowerShell's own.
 /// @throws std::runtime_error when it is not there.
 Ending RunParser(const std::vector<std::string>& files);
 

@@ -30,15 +30,16 @@ constexpr std::chrono::milliseconds StartLook(50);
 /// The simulator, as long as the trial goes on.
 class Cloud {
  public:
-  Cloud(const Lab& lab, const fs::path& catalogue)
-      : _portFile(lab.folder / "port"), _program(Words(lab, catalogue, _portFile)) {
+  /// @param portFile in, not there yet.
+  Cloud(const Lab& lab, const fs::path& catalogue, const fs::path& portFile)
+      : _program(Words(lab, catalogue, portFile)) {
     const Clock::time_point begin = Clock::now();
-    while (!fs::exists(_portFile) || fs::file_size(_portFile) == 0) {
+    while (!fs::exists(portFile)) {
       if (!_program.IsRunning()) throw std::runtime_error("cloudsim: " + _program.Wait().output);
       if (Clock::now() - begin > StartLimit) throw std::runtime_error("cloudsim does not start");
       std::this_thread::sleep_for(StartLook);
     }
-    const std::string port = ReadFile(_portFile);
+    const std::string port = ReadFile(portFile);
     address = lab.scheme + "://localhost:" + port.substr(0, port.find_first_of("\r\n"));
   }
 
@@ -53,7 +54,6 @@ class Cloud {
     return words;
   }
 
-  fs::path _portFile;
   Program _program;
 };
 
@@ -84,33 +84,41 @@ class Course {
 
   /// @return true when the check scripts say what is wanted.
   bool Detect(const std::string& name, const std::string& wanted) {
-    const Clock::time_point begin = Clock::now();
-    const std::string status = StatusIn(RunHost({"--json", "status"}));
-    const auto length = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    const auto [status, length] = Ask({"status"});
     const std::string outcome = status == wanted ? status : status + " instead of " + wanted;
-    trial.phases.push_back({name, outcome, status == wanted, length.count(), {}});
+    trial.phases.push_back({name, outcome, status == wanted, length, {}});
     return trial.phases.back().isGood;
   }
 
   /// @return true when the title was installed and its installer had nothing to complain of.
   bool Install(const std::string& suffix) {
-    const Clock::time_point begin = Clock::now();
-    const std::string status = StatusIn(RunHost({"--json", "install", "--timeout", _timeout}));
-    const auto length = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    const auto [status, length] = Ask({"install", "--timeout", _timeout});
     const std::vector<timeline::Title> ways = Ways();
     const bool isTold = ways.size() > _installations;
     if (isTold) AddSteps(ways[_installations], suffix);
     _installations = ways.size();
-    trial.phases.push_back({"outcome" + suffix, status, status == "installed", length.count(), {}});
+    trial.phases.push_back({"outcome" + suffix, status, status == "installed", length, {}});
     return trial.IsGood();
   }
 
   Trial trial;
 
  private:
+  struct Answer {
+    std::string status;  ///< of the title
+    std::int64_t milliseconds;
+  };
+
+  Answer Ask(const std::vector<std::string>& arguments) const {
+    const Clock::time_point begin = Clock::now();
+    std::string status = StatusIn(RunHost(arguments));
+    const auto length = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    return {std::move(status), length.count()};
+  }
+
   Json::Value RunHost(const std::vector<std::string>& arguments) const {
     std::vector<std::string> words = _lab.host;
-    words.insert(words.end(), {"--config", _lab.folderOnDevice + "\\host.json"});
+    words.insert(words.end(), {"--config", _lab.folderOnDevice + "\\host.json", "--json"});
     words.insert(words.end(), arguments.begin(), arguments.end());
     const std::string output = Run(words).output;
     Json::Value document;
@@ -166,8 +174,8 @@ bool Trial::IsGood() const {
 
 Trial Try(const fs::path& folder, const Lab& lab, unsigned int timeoutSeconds) {
   const fs::path catalogue = lab.folder / "cloud" / "catalogue.json";
-  const std::string title = Publish({folder}, catalogue, lab.signer).front().title;
-  const Cloud cloud(lab, catalogue);
+  const std::string title = Publish({folder}, catalogue, lab.signer).front().manifest.title;
+  const Cloud cloud(lab, catalogue, lab.folder / "port");
   Configure(lab, cloud.address, catalogue);
   Course course(lab, title, timeoutSeconds);
   course.Detect("detect", "not installed");

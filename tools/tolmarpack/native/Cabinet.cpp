@@ -69,16 +69,14 @@ void WriteCabinet(const std::vector<SourceFile>& files, const fs::path& path) {
     Do(what, gcab_folder_add_file, folder.get(), Member(source).get(), FALSE, nullptr);
   }
   Do(what, gcab_cabinet_add_folder, cabinet.get(), folder.get());
-  if (path.has_parent_path()) fs::create_directories(path.parent_path());
-  fs::path part = path;
-  part += ".part";
-  const Owned<GFile> file = FileAt(part);
-  const Owned<GFileOutputStream> stream(
-      Do(what, g_file_replace, file.get(), nullptr, FALSE, G_FILE_CREATE_NONE, nullptr));
-  Do(what, gcab_cabinet_write_simple, cabinet.get(), G_OUTPUT_STREAM(stream.get()), nullptr,
-     nullptr, nullptr);
-  Do(what, g_output_stream_close, G_OUTPUT_STREAM(stream.get()), nullptr);
-  fs::rename(part, path);
+  Replace(path, [&](const fs::path& part) {
+    const Owned<GFile> file = FileAt(part);
+    const Owned<GFileOutputStream> stream(
+        Do(what, g_file_replace, file.get(), nullptr, FALSE, G_FILE_CREATE_NONE, nullptr));
+    Do(what, gcab_cabinet_write_simple, cabinet.get(), G_OUTPUT_STREAM(stream.get()), nullptr,
+       nullptr, nullptr);
+    Do(what, g_output_stream_close, G_OUTPUT_STREAM(stream.get()), nullptr);
+  });
 }
 
 std::vector<refhost::CabinetMember> ListCabinet(const fs::path& path) {

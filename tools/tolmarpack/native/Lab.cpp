@@ -1,12 +1,10 @@
 #include "tools/tolmarpack/Lab.h"
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <stdexcept>
 
-#include "tools/tolmarpack/Files.h"
 #include "tools/tolmarpack/Program.h"
 
 namespace fs = std::filesystem;

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 
@@ -88,15 +87,9 @@ X509* SignerOf(PKCS7& message) {
 }
 
 std::string ThumbprintOf(const X509& signer) {
-  constexpr char Digits[] = "0123456789abcdef";
   Digest digest{};
   X509_digest(&signer, EVP_sha256(), digest.data(), nullptr);
-  std::string text;
-  for (const std::uint8_t byte : digest) {
-    text += Digits[byte >> 4];
-    text += Digits[byte & 15];
-  }
-  return text;
+  return refhost::Hex(digest);
 }
 
 std::string NameOf(const X509& signer) {

@@ -1,6 +1,5 @@
-#include "tools/tolmarpack/SigningProgram.h"
-
 #include "tools/tolmarpack/Files.h"
+#include "tools/tolmarpack/Signature.h"
 
 namespace tolmarpack {
 

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "tools/tolmarpack/Files.h"
+#include "host/common/Text.h"
 #include "tools/tolmarpack/Program.h"
 
 namespace fs = std::filesystem;
@@ -17,9 +17,9 @@ Lab FindLab(const std::string& simulator) {
     throw std::runtime_error("the simulator is not there: --cloudsim tells where it is");
   }
   Lab lab;
-  lab.folder = fs::temp_directory_path() / ("tolmarpack-trial-" + RandomText(8));
-  fs::create_directories(lab.folder);
-  lab.folderOnDevice = lab.folder.string();
+  lab.own = std::make_shared<TemporaryFolder>();
+  lab.folder = lab.own->Path();
+  lab.folderOnDevice = ZLT::String::UTF16ToUTF8(lab.folder.wstring());
   lab.host = {TextOf(programs / "tolmarctl.exe")};
   lab.cloud = {TextOf(cloudsim)};
   lab.scheme = "http";

@@ -2,20 +2,24 @@
 
 #include <windows.h>
 
-#include <array>
 #include <stdexcept>
 
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
+#include "reference_host/process/ProcessStart.h"
 #include "tools/common/Arguments.h"
+#include "tools/tolmarpack/Files.h"
 
 namespace tolmarpack {
 
 using refhost::Handle;
 
+/// Its output goes to a file: what a program leaves running would keep a pipe open.
 struct Program::Process {
+  std::filesystem::path Output() const { return folder.Path() / "output"; }
+
+  TemporaryFolder folder;
   Handle process;
-  Handle output;
 };
 
 namespace {
@@ -33,45 +37,31 @@ std::wstring Quoted(const std::wstring& word) {
   return quoted.append(backslashes, L'\\') + L"\"";
 }
 
-STARTUPINFOW Streams(HANDLE input, HANDLE output) {
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  startup.dwFlags = STARTF_USESTDHANDLES;
-  startup.hStdInput = input;
-  startup.hStdOutput = startup.hStdError = output;
-  return startup;
+Handle NewFile(const std::filesystem::path& path) {
+  SECURITY_ATTRIBUTES inheritable{sizeof(inheritable), nullptr, TRUE};
+  return Handle(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                            &inheritable, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 }  // namespace
 
 Program::Program(const std::vector<std::string>& words) : _process(new Process) {
-  std::wstring commandLine;
+  refhost::ProcessOrder order;
   for (const std::string& word : words) {
-    commandLine += Quoted(ZLT::String::UTF8ToUTF16(word)) + L" ";
+    order.commandLine += Quoted(ZLT::String::UTF8ToUTF16(word)) + L" ";
   }
-  SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-  HANDLE reading = nullptr, writing = nullptr;
-  if (!CreatePipe(&reading, &writing, &inherited, 0)) {
-    throw std::runtime_error("no pipe is to be had");
-  }
-  _process->output = Handle(reading);
-  const Handle output(writing);
-  const Handle input(
-      CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ, &inherited, OPEN_EXISTING, 0, nullptr));
-  SetHandleInformation(reading, HANDLE_FLAG_INHERIT, 0);
-  STARTUPINFOW startup = Streams(input.Get(), output.Get());
-  PROCESS_INFORMATION started{};
-  if (!CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
-                      nullptr, nullptr, &startup, &started)) {
-    throw std::runtime_error("cannot start " + words[0] + ", error " +
-                             std::to_string(GetLastError()));
-  }
-  CloseHandle(started.hThread);
-  _process->process = Handle(started.hProcess);
+  const Handle output = NewFile(_process->Output());
+  order.output = output.Get();
+  _process->process = refhost::StartProcess(order);
+  if (_process->process) return;
+  throw std::runtime_error("cannot start " + words[0] + ", error " +
+                           std::to_string(GetLastError()));
 }
 
 Program::~Program() {
-  if (IsRunning()) TerminateProcess(_process->process.Get(), 1);
+  if (!IsRunning()) return;
+  TerminateProcess(_process->process.Get(), 1);
+  WaitForSingleObject(_process->process.Get(), INFINITE);  // It has files open until then.
 }
 
 bool Program::IsRunning() const {
@@ -80,15 +70,11 @@ bool Program::IsRunning() const {
 
 Ending Program::Wait() {
   Ending ending;
-  std::array<char, 4096> buffer{};
-  DWORD count = 0;
-  while (ReadFile(_process->output.Get(), buffer.data(), DWORD{buffer.size()}, &count, nullptr)) {
-    ending.output.append(buffer.data(), count);
-  }
   WaitForSingleObject(_process->process.Get(), INFINITE);
   DWORD code = 0;
   GetExitCodeProcess(_process->process.Get(), &code);
   ending.exitStatus = static_cast<int>(code);
+  ending.output = ReadFile(_process->Output());
   return ending;
 }
 

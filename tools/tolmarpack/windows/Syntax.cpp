@@ -7,15 +7,16 @@ namespace tolmarpack {
 namespace {
 
 /// "Parser.ParseFile Method", Microsoft: nothing of the script is run.
-constexpr char ParserScript[] = R"($count = 0
+constexpr char ParserScript[] = R"($count = $n = 0
 foreach ($file in $args) {
     $faults = $null
     [void][System.Management.Automation.Language.Parser]::ParseFile($file, [ref]$null, [ref]$faults)
     foreach ($fault in $faults) {
         $at = $fault.Extent
-        "${file}:$($at.StartLineNumber):$($at.StartColumnNumber): " + ($fault.Message -replace '\s+', ' ')
+        "${n}:$($at.StartLineNumber):$($at.StartColumnNumber): " + ($fault.Message -replace '\s+', ' ')
         $count++
     }
+    $n++
 }
 exit [int]($count -ne 0)
 )";
