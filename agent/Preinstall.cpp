@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "agent/AgentLog.h"
+#include "agent/DeviceConfigure.h"
 #include "agent/ResultCodes.h"
 #include "agent/StatusWords.h"
 #include "agent/TolmarAgent.h"
@@ -12,9 +13,6 @@
 #include "host/common/Text.h"
 
 namespace {
-
-constexpr std::uint32_t DeviceTopic = 4;
-constexpr std::uint32_t DeviceConfigured = 15;  ///< DEVICE_CONFIGURE
 
 bool IsNotInstalled(const std::wstring& status) {
   const std::wstring word = StatusWord::NotInstalled;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 
 #include "c_interface/Call.h"
 #include "catalogue/JsonText.h"
@@ -30,16 +31,7 @@ bool IsTitle(const Json::Value& title) {
          });
 }
 
-}  // namespace
-
-std::string Utf8(const char* text) {
-  std::string copy = Needed(text);
-  if (!utf8::is_valid(copy.begin(), copy.end())) throw Refusal{TOLMAR_BAD_UTF8};
-  return copy;
-}
-
-std::wstring Wide(const char* text) { return ZLT::String::UTF8ToUTF16(Utf8(text)); }
-
+/// @return a host's document. @throws Refusal when it is null, no UTF-8, no JSON or no object.
 Json::Value Document(const char* json) {
   const std::string text = Utf8(json);
   Json::CharReaderBuilder strict;
@@ -56,6 +48,16 @@ Json::Value Document(const char* json) {
   }
   return document;
 }
+
+}  // namespace
+
+std::string Utf8(const char* text) {
+  std::string copy = Needed(text);
+  if (!utf8::is_valid(copy.begin(), copy.end())) throw Refusal{TOLMAR_BAD_UTF8};
+  return copy;
+}
+
+std::wstring Wide(const char* text) { return ZLT::String::UTF8ToUTF16(Utf8(text)); }
 
 Json::Value Titles(const char* json) {
   Json::Value document = Document(json);
@@ -77,7 +79,11 @@ void Hand(const Json::Value& document, char** out) {
   Json::StreamWriterBuilder compact;
   compact["indentation"] = "";
   compact["emitUTF8"] = true;
-  Hand(Json::writeString(compact, document), out);
+  std::ostringstream text;
+  text.exceptions(std::ios::badbit);  // Else it ends where memory does, and says nothing.
+  const std::unique_ptr<Json::StreamWriter> writer(compact.newStreamWriter());
+  writer->write(document, &text);
+  Hand(text.str(), out);
 }
 
 }  // namespace c_interface

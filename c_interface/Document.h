@@ -10,11 +10,8 @@ namespace c_interface {
 std::string Utf8(const char* text);
 std::wstring Wide(const char* text);
 
-/// @return a host's document. @throws Refusal when it is null, no UTF-8, no JSON or no object.
-Json::Value Document(const char* json);
-
-/// The same with a list of titles: what the agent would stumble over on its way is refused before,
-/// since an installation that ends so keeps its lock for good.
+/// @return a host's document with a list of titles: what the agent would stumble over on its way is
+/// refused before, since an installation that ends so keeps its lock for good. @throws Refusal.
 Json::Value Titles(const char* json);
 
 /// @param text in. @param out out, a copy of it for the host, to be freed by `tolmar_free`.

@@ -1,12 +1,11 @@
 #include "c_interface/Installation.h"
 
 #include <json/value.h>
-#include <windows.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <future>
 #include <string>
-#include <thread>
-#include <utility>
 
 #include "agent/TolmarAgent.h"
 #include "c_interface/Call.h"
@@ -56,37 +55,6 @@ class Follower {
   Json::Value _told;
 };
 
-/// Work on a thread of its own, which the end of the scope waits for.
-class Background {
- public:
-  template <typename Work>
-  explicit Background(const Work& work)
-      : _thread([this, work] {
-          _code = Guarded(work);
-          SetEvent(_done.event);
-        }) {}
-  ~Background() {
-    if (_thread.joinable()) _thread.join();
-  }
-  Background(const Background&) = delete;
-  Background& operator=(const Background&) = delete;
-
-  bool IsDoneWithin(DWORD milliseconds) const {
-    return WaitForSingleObject(_done.event, milliseconds) != WAIT_TIMEOUT;
-  }
-  std::uint32_t Code() { return _thread.join(), _code; }
-
- private:
-  struct Event {
-    HANDLE event = tolmar_event_create();  ///< null: nothing is told, nothing else is amiss
-    ~Event() { tolmar_event_close(event); }
-  };
-
-  const Event _done;
-  std::uint32_t _code = 0;
-  std::thread _thread;  ///< last: it uses the others
-};
-
 }  // namespace
 
 std::uint32_t Install(TolmarAgent& agent, Json::Value& document,
@@ -99,11 +67,12 @@ std::uint32_t Install(TolmarAgent& agent, Json::Value& document,
   // The installation moves to another thread, so that the host's callback need not: many languages
   // know only threads of their own.
   Follower follower(agent, document, options);
-  Background installation(install);
-  const DWORD interval = options.interval_ms != 0 ? options.interval_ms : DefaultInterval;
-  while (!installation.IsDoneWithin(interval)) follower.Look();
+  auto installation = std::async(std::launch::async, [&] { return Guarded(install); });
+  const std::chrono::milliseconds interval(options.interval_ms != 0 ? options.interval_ms
+                                                                    : DefaultInterval);
+  while (installation.wait_for(interval) == std::future_status::timeout) follower.Look();
   follower.Look();
-  return installation.Code();
+  return installation.get();
 }
 
 }  // namespace c_interface

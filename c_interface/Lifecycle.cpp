@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "agent/DeviceConfigure.h"
 #include "agent/TolmarAgent.h"
 #include "c_interface/Call.h"
 #include "c_interface/Document.h"
@@ -13,9 +14,6 @@
 namespace c_interface {
 
 namespace {
-
-constexpr std::uint32_t DeviceTopic = 4;
-constexpr std::uint32_t DeviceConfigured = 15;  ///< DEVICE_CONFIGURE
 
 enum class State { NotStarted, Starting, Started, Stopped };
 std::atomic<State> state{State::NotStarted};

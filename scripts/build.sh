@@ -77,9 +77,9 @@ for lane in "$@"; do
       by_clang coverage -DCMAKE_BUILD_TYPE= \
         "-DCMAKE_CXX_FLAGS=-fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic"
       make_lane coverage agent_unit_tests ;;
-    native) native cloudsim cloudsim_tests e2e_tests tolmarpack ;;
+    native) native cloudsim e2e_tests tolmarpack ;;
     asan) sanitized asan address,undefined agent_unit_tests c_interface_tests host_portable_tests scriptrunner_tests tolmarctl_tests \
-      tolmarhost_tests tolmarpack_tests fuzz_replay ;;
+      tolmarhost_tests tolmarpack_tests cloudsim_tests fuzz_replay ;;
     tsan) sanitized tsan thread agent_unit_tests c_interface_tests ;;
     *) die "unknown lane: $lane" ;;
   esac

@@ -1,4 +1,5 @@
-# The simulator of the cloud service, for scripts. Sourced behind scripts/lab.sh.
+# The simulator of the cloud service, for scripts. Sourced behind scripts/common.sh, with TLS and a device behind
+# scripts/lab.sh.
 NATIVE_BIN=${NATIVE_BIN:-$BUILD/native/bin}
 CLOUD=
 CLOUD_URL=
@@ -34,6 +35,11 @@ cloud_stop() {
   kill -KILL "$CLOUD" 2>/dev/null || true
   wait "$CLOUD" 2>/dev/null || true
   CLOUD=
+}
+
+# cloud_received: what came to it over TLS, as JSON.
+cloud_received() {
+  curl -sS --fail --max-time 30 --cacert "$PKI/ca.crt" "$CLOUD_URL/received"
 }
 
 # end_all_at_exit COMMAND: however the script ends, the simulator and the PC end with it; a failure runs COMMAND before

@@ -58,11 +58,6 @@ tolmarctl() {
   lab_wine "$1" "$LAB_BIN/tolmarctl.exe" "${@:2}" | tr -d '\r'
 }
 
-# What the cloud service recorded, as JSON.
-received() {
-  curl -sS --fail --max-time 30 --cacert "$PKI/ca.crt" "$CLOUD_URL/received"
-}
-
 # What each title brings: title, folder, program, argument that makes it tell what it is.
 programs() {
   echo 'T-ARCHIVER|Archiver|7za.exe|i'
@@ -117,9 +112,9 @@ begin "tolmarctl status"
 tolmarctl 180 --json status | show_titles
 
 begin "tolmarctl install (all titles, whether installed or not)"
-FROM=$(received | jq length)
+FROM=$(cloud_received | jq length)
 tolmarctl 400 install | show_progress
-TO=$(received | jq length)
+TO=$(cloud_received | jq length)
 
 begin "tolmarctl status"
 tolmarctl 180 --json status | tee "$DEMO/status.json" | show_titles
@@ -132,7 +127,7 @@ begin "Registry: HKLM\\Software\\Corvan\\ZLT\\Entitlement"
 lab_wine 30 reg query 'HKLM\Software\Corvan\ZLT\Entitlement' /v Entitled | show_value
 
 begin "What the cloud service received"
-received | tee "$DEMO/received.json" | show_received "$FROM" "$TO"
+cloud_received | tee "$DEMO/received.json" | show_received "$FROM" "$TO"
 
 begin "The end of the agent's log"
 show_log 8

@@ -45,7 +45,7 @@ reg() { lab_wine 30 reg "$@" >/dev/null 2>&1; }
 clear_policy() { reg delete 'HKLM\Software\Policies\Tolmar' /f || true; }
 holds() { [[ "$(lab_wine 30 "$1" "${@:3}" 2>&1 | tr -d '\r')" == *"$2"* ]]; }
 runs() { holds sc RUNNING query TolmarHost; }
-gets() { curl -s --cacert "$PKI/ca.crt" "$CLOUD_URL/received" | jq "[.[] | select(.method == \"GET\" and (.path | endswith(\"/$1\")))] | length"; }
+gets() { cloud_received | jq "[.[] | select(.method == \"GET\" and (.path | endswith(\"/$1\")))] | length"; }
 is_asked_for() { [ "$(gets "$1")" -gt 0 ]; }
 is_installed() { cmp -s "$DEPLOYED/cloud/$1.files/payload.bin" "$LAB_C/lab/e2e/$1/payload.bin"; }
 tell() { echo "  $* ($((SECONDS - BEGIN)) s)"; }

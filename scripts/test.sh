@@ -145,7 +145,7 @@ suite "script runner, portable" "$BUILD/asan/bin/scriptrunner_tests"
 suite "tolmarctl, portable" "$BUILD/asan/bin/tolmarctl_tests"
 suite "tolmarpack" "$BUILD/asan/bin/tolmarpack_tests"
 suite "service, portable" "$BUILD/asan/bin/tolmarhost_tests"
-suite "cloud simulator" "$BUILD/native/bin/cloudsim_tests"
+suite "cloud simulator" "$BUILD/asan/bin/cloudsim_tests"
 
 check "conformance" bash tests/conform/run.sh
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/common/CommandLine.h"
 #include "bench/herd/PlotData.h"
+#include "tools/common/CommandLine.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "bench/common/CommandLine.h"
 #include "bench/polls/Fleet.h"
+#include "tools/common/CommandLine.h"
 
 namespace {
 

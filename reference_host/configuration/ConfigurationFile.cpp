@@ -31,7 +31,6 @@ struct Loaded {
   std::vector<Layer> layers;  ///< the strongest first
   std::wstring error;         ///< empty: usable
   Effective effective;
-  Json::Value shareable;
 };
 
 /// What the host program has said itself, in the place of the file that is looked for.
@@ -124,7 +123,6 @@ Loaded Load() {
   Configuration& configuration = loaded.effective.configuration;
   if (configuration.downloadFolder.empty()) configuration.downloadFolder = DefaultDownloadFolder();
   if (configuration.logFolder.empty()) configuration.logFolder = DefaultLogFolder();
-  loaded.shareable = Shareable(loaded.effective);
   return loaded;
 }
 
@@ -136,8 +134,12 @@ const Loaded* Keep(Loaded loaded) {
 
 /// Once for the process, unless it is told otherwise: the suite's operations must agree on what
 /// they were told.
-std::atomic<const Loaded*>& Current() {
-  static std::atomic<const Loaded*> current{Keep(Load())};
+/// @param isFirst out, true when this call has read it; else untouched.
+std::atomic<const Loaded*>& Current(bool* isFirst = nullptr) {
+  static std::atomic<const Loaded*> current{[isFirst] {
+    if (isFirst != nullptr) *isFirst = true;
+    return Keep(Load());
+  }()};
   return current;
 }
 
@@ -192,7 +194,12 @@ const Configuration& Settings() {
 }
 
 bool ReloadConfiguration(std::wstring& error) {
-  const Loaded& before = TheLoaded();
+  bool isFirst = false;
+  const Loaded& before = *Current(&isFirst).load();
+  if (isFirst) {
+    error = before.error;
+    return false;
+  }
   Loaded read = Load();
   error = read.error;
   const bool isWorse = !read.error.empty() && before.error.empty();
@@ -211,7 +218,10 @@ bool UseConfigurationText(const std::string& json, std::wstring& error) {
 
 const std::wstring& ConfigurationError() { return TheLoaded().error; }
 
-const Json::Value& ShareableSettings() { return TheLoaded().shareable; }
+Json::Value ShareableSettings() {
+  const Loaded& loaded = TheLoaded();
+  return loaded.error.empty() ? Shareable(loaded.effective) : Json::Value();
+}
 
 std::vector<std::string> ConfigurationComplaints() {
   std::vector<std::wstring> failures;

@@ -47,7 +47,7 @@ ZLT_API const std::wstring& ConfigurationError();
 
 /// @return the settings as they may be shown to others (see `Shareable`); null when there is no
 /// usable configuration.
-ZLT_API const Json::Value& ShareableSettings();
+ZLT_API Json::Value ShareableSettings();
 
 /// @return every mistake in what the configuration is read from, now, a line each.
 ZLT_API std::vector<std::string> ConfigurationComplaints();

@@ -19,4 +19,6 @@ std::wstring LogFolder() {
   return configuration != nullptr ? configuration->logFolder : DefaultLogFolder();
 }
 
+std::wstring WaitingFolder() { return DownloadFolder() + L".waiting"; }
+
 }  // namespace refhost

@@ -15,4 +15,8 @@ std::wstring DefaultLogFolder();
 std::wstring DownloadFolder();
 ZLT_API std::wstring LogFolder();
 
+/// Where the service keeps packages that it has fetched before their time: beside the download
+/// folder, which is deleted behind each title. No trailing backslash.
+ZLT_API std::wstring WaitingFolder();
+
 }  // namespace refhost

@@ -47,22 +47,19 @@ Json::Value Show(const C& of) {
 constexpr const char* Sessions = "user|service";
 constexpr const char* Installs = "all|preinstall|none";
 
-Json::Value ShowSession(const C& of) {
-  return WordAt(Sessions, static_cast<int>(of.installerSession));
-}
-Json::Value ShowInstalls(const C& of) {
-  return WordAt(Installs, static_cast<int>(of.serviceInstalls));
+template <auto Member, const auto& Words>
+Json::Value ShowWord(const C& of) {
+  return WordAt(Words, static_cast<int>(of.*Member));
 }
 
-constexpr Key Mandatory(const char* name, const char* meaning,
-                        void (*take)(const Key&, const Json::Value&, C&),
-                        Json::Value (*show)(const C&)) {
+template <auto Member, const auto& Words>
+constexpr Key Word(const char* name, const char* meaning) {
   return {.name = name,
           .meaning = meaning,
-          .take = take,
-          .show = show,
-          .type = KeyType::Text,
-          .isMandatory = true};
+          .take = Take<Member, WordOf>,
+          .show = ShowWord<Member, Words>,
+          .type = KeyType::Word,
+          .words = Words};
 }
 
 template <auto Member>
@@ -78,14 +75,17 @@ constexpr Key Number(const char* name, std::uint64_t least, std::uint64_t most,
 }
 
 template <auto Member, auto Read>
-constexpr Key Plain(const char* name, KeyType type, const char* meaning,
-                    const char* otherwise = nullptr) {
+constexpr Key Plain(const char* name, KeyType type, const char* meaning) {
   return {.name = name,
           .meaning = meaning,
           .take = Take<Member, Read>,
           .show = Show<Member>,
-          .type = type,
-          .otherwise = otherwise};
+          .type = type};
+}
+
+constexpr Key Mandatory(Key key) {
+  key.isMandatory = true;
+  return key;
 }
 
 constexpr Key Secret(Key key) {
@@ -99,24 +99,24 @@ constexpr Key Otherwise(Key key, const char* otherwise) {
 }
 
 constexpr Key Table[] = {
-    Mandatory("baseUrl", "The cloud service", Take<&C::baseUrl, UrlOf>, Show<&C::baseUrl>),
-    Mandatory("realm", "Realm of the service", Take<&C::realm, TextOf>, Show<&C::realm>),
-    Mandatory("deviceId", "The device, as the service knows it", Take<&C::deviceId, TextOf>,
-              Show<&C::deviceId>),
-    Secret(Mandatory("sessionToken", "A secret; tolmarctl config set-token keeps it better",
-                     Take<&C::sessionToken, TextOf>, Show<&C::sessionToken>)),
-    Mandatory("tokenUrl", "Where the session token is exchanged", Take<&C::tokenUrl, UrlOf>,
-              Show<&C::tokenUrl>),
+    Mandatory(Plain<&C::baseUrl, UrlOf>("baseUrl", KeyType::Text, "The cloud service")),
+    Mandatory(Plain<&C::realm, TextOf>("realm", KeyType::Text, "Realm of the service")),
+    Mandatory(Plain<&C::deviceId, TextOf>("deviceId", KeyType::Text,
+                                          "The device, as the service knows it")),
+    Secret(Mandatory(Plain<&C::sessionToken, TextOf>(
+        "sessionToken", KeyType::Text, "A secret; tolmarctl config set-token keeps it better"))),
+    Mandatory(Plain<&C::tokenUrl, UrlOf>("tokenUrl", KeyType::Text,
+                                         "Where the session token is exchanged")),
     Plain<&C::registered, FlagOf>("registered", KeyType::Flag,
                                   "Whether the device is registered with the service"),
-    Plain<&C::proxy, ProxyOf>("proxy", KeyType::Text,
-                              "Host and port; without it: the machine's settings",
-                              "the machine's settings"),
-    Plain<&C::downloadFolder, FolderOfKey>("downloadFolder", KeyType::Text,
-                                           "Deleted as a whole after every title",
-                                           "%ProgramData%\\Tolmar\\Downloads"),
-    Plain<&C::logFolder, FolderOfKey>("logFolder", KeyType::Text, "Where the logs go",
-                                      "%ProgramData%\\Tolmar\\Logs"),
+    Otherwise(Plain<&C::proxy, ProxyOf>("proxy", KeyType::Text,
+                                        "Host and port; without it: the machine's settings"),
+              "the machine's settings"),
+    Otherwise(Plain<&C::downloadFolder, FolderOfKey>("downloadFolder", KeyType::Text,
+                                                     "Deleted as a whole after every title"),
+              "%ProgramData%\\Tolmar\\Downloads"),
+    Otherwise(Plain<&C::logFolder, FolderOfKey>("logFolder", KeyType::Text, "Where the logs go"),
+              "%ProgramData%\\Tolmar\\Logs"),
     Plain<&C::requireSignedPackages, FlagOf>("requireSignedPackages", KeyType::Flag,
                                              "Unsigned packages are refused"),
     Plain<&C::trustedPublishers, ThumbprintsOf>(
@@ -129,12 +129,8 @@ constexpr Key Table[] = {
     Number<&C::cancelledCheckGraceSeconds>("cancelledCheckGraceSeconds", 0, Hour,
                                            "For the check after a cancelled installation"),
     Number<&C::installerTimeoutSeconds>("installerTimeoutSeconds", 1, Day, "For an installer"),
-    {.name = "installerSession",
-     .meaning = "Where installers run when the host is a service",
-     .take = Take<&C::installerSession, WordOf>,
-     .show = ShowSession,
-     .type = KeyType::Word,
-     .words = Sessions},
+    Word<&C::installerSession, Sessions>("installerSession",
+                                         "Where installers run when the host is a service"),
     Number<&C::leaseWaitSeconds>("leaseWaitSeconds", 0, Day, "For another process's installation"),
     Number<&C::requestTimeoutSeconds>("requestTimeoutSeconds", 1, Hour,
                                       "For each step of a request to the service"),
@@ -148,12 +144,8 @@ constexpr Key Table[] = {
     Number<&C::maxUnpackedBytes>("maxUnpackedBytes", MinSizeLimit, MaxSizeLimit, "Of one package"),
     Number<&C::logMaxBytes>("logMaxBytes", 1024, 1u << 30, "Then a new log begins"),
     Plain<&C::retryWaitScale, ShareOf>("retryWaitScale", KeyType::Share, "Test labs only"),
-    {.name = "serviceInstalls",
-     .meaning = "Which missing titles the service installs by itself",
-     .take = Take<&C::serviceInstalls, WordOf>,
-     .show = ShowInstalls,
-     .type = KeyType::Word,
-     .words = Installs},
+    Word<&C::serviceInstalls, Installs>("serviceInstalls",
+                                        "Which missing titles the service installs by itself"),
     Number<&C::pollSeconds>("pollSeconds", 1, Week,
                             "From one run of the service to the next, at the least"),
     Number<&C::pollSpreadSeconds>("pollSpreadSeconds", 0, Week, "Up to so many more, at random"),

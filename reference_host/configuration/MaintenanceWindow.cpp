@@ -72,6 +72,13 @@ unsigned int TakeDays(Scanner& scanner) {
   return days;
 }
 
+/// @return "22:05".
+std::string TextOfMinute(int minute) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%02d:%02d", minute / 60, minute % 60);
+  return text;
+}
+
 bool IsOpen(const MaintenanceWindow& window, int day, int minute) {
   const auto beginsOn = [&window](int which) { return (window.days >> which & 1u) != 0; };
   const bool isOverMidnight = window.end <= window.begin;
@@ -106,10 +113,12 @@ std::string TextOfWindow(const MaintenanceWindow& window) {
     if (!days.empty()) days += ',';
     days += Days[day];
   }
-  char times[32];
-  std::snprintf(times, sizeof times, "%02d:%02d-%02d:%02d", window.begin / 60, window.begin % 60,
-                window.end / 60, window.end % 60);
+  const std::string times = TextOfMinute(window.begin) + "-" + TextOfMinute(window.end);
   return days.empty() ? times : days + " " + times;
+}
+
+std::string TextOfTime(int day, int minute) {
+  return std::string(Days[static_cast<std::size_t>(day)]) + " " + TextOfMinute(minute);
 }
 
 bool IsOpen(const std::vector<MaintenanceWindow>& windows, int day, int minute) {

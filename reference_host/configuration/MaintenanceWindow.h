@@ -23,7 +23,10 @@ ZLT_API std::optional<MaintenanceWindow> ParseWindow(const std::string& text);
 /// @return the text that `ParseWindow` takes, its days one by one.
 std::string TextOfWindow(const MaintenanceWindow& window);
 
-/// @param day in, 0 Monday to 6 Sunday. @param minute in, of that day.
+/// @param day in, 0 Monday to 6 Sunday. @param minute in, of that day. @return "Mon 22:05".
+ZLT_API std::string TextOfTime(int day, int minute);
+
+/// @param day in, @param minute in, as above.
 /// @return true when one of the windows is open then; without any there is no time that is shut.
 ZLT_API bool IsOpen(const std::vector<MaintenanceWindow>& windows, int day, int minute);
 

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
-#include <cwchar>
 
 #include "host/common/Text.h"
 

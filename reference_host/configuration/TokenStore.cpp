@@ -64,11 +64,10 @@ std::wstring ForgetToken() {
 std::wstring ReadKeptToken(std::string& token) {
   std::string bytes;
   unsigned long error = 0;
-  const std::wstring failure = ReadJudgedFile(Path(), MaxFileBytes, bytes, &error);
-  const bool isNone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+  const std::wstring failure = ReadSuiteFile(FileName, MaxFileBytes, bytes, &error);
   // A host without high rights has no part in it.
-  if (isNone || (error == ERROR_ACCESS_DENIED)) return {};
-  if (!failure.empty()) return Path() + failure;
+  if (error == ERROR_ACCESS_DENIED) return {};
+  if (error != ERROR_SUCCESS || !failure.empty()) return failure;
   DATA_BLOB sealed = InputOf(bytes);
   Blob plain;
   if (!CryptUnprotectData(&sealed, nullptr, nullptr, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN,

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "host/common/FileSystem.h"
@@ -28,15 +29,23 @@ std::vector<std::wstring> EntriesOf(const std::wstring& folder) {
   return entries;
 }
 
-/// @return where the suite's things lie that are to go, the transfers' places first.
+/// @return true when it is one of the folders, or lies in one.
+bool IsIn(const std::vector<std::wstring>& folders, const std::wstring& path) {
+  return std::any_of(folders.begin(), folders.end(),
+                     [&path](const std::wstring& folder) { return IsBelow(path + L"\\", folder); });
+}
+
+/// @return where the suite's things lie that are to go, the transfers' places first. Each is named
+/// once: one that others hold is waited for.
 std::vector<std::wstring> Belongings(bool logsToo) {
-  std::vector<std::wstring> paths{FilePlace::ArrivalFolder(), DownloadFolder()};
+  std::vector<std::wstring> paths{FilePlace::ArrivalFolder(), WaitingFolder(), DownloadFolder()};
   if (logsToo) {
     paths.push_back(SuiteFolder());
     return paths;
   }
   for (const std::wstring& entry : EntriesOf(SuiteFolder())) {
-    if (!IsBelow(DefaultLogFolder() + L"\\x", entry)) paths.push_back(entry);
+    const bool isLogs = IsBelow(DefaultLogFolder() + L"\\", entry);
+    if (!isLogs && !IsIn(paths, entry)) paths.push_back(entry);
   }
   return paths;
 }

@@ -10,6 +10,7 @@
 
 #include "host/common/Text.h"
 #include "reference_host/base/Handle.h"
+#include "reference_host/base/OwnProgram.h"
 #include "reference_host/files/FolderCreation.h"
 #include "reference_host/files/LongPath.h"
 #include "reference_host/files/ProgramData.h"
@@ -52,16 +53,10 @@ std::string Now() {
   return text;
 }
 
-std::string OwnProgram() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return ZLT::String::UTF16ToUTF8(path);
-}
-
 bool Write(HANDLE file, const std::wstring& folder) {
   Json::Value record;
   record["processId"] = Json::UInt{GetCurrentProcessId()};
-  record["program"] = OwnProgram();
+  record["program"] = ZLT::String::UTF16ToUTF8(OwnProgram());
   record["since"] = Now();
   record["folder"] = ZLT::String::UTF16ToUTF8(folder);
   const std::string text = Json::writeString(Json::StreamWriterBuilder(), record);

@@ -20,6 +20,8 @@ std::wstring FullPath(const std::wstring& name) {
   return full;
 }
 
+std::wstring PathOf(const std::wstring& name) { return SuiteFolder() + L"\\" + name; }
+
 std::wstring ErrorText(DWORD error) { return L"(error " + std::to_wstring(error) + L")"; }
 
 /// With its bytes on the disk.
@@ -66,11 +68,21 @@ std::wstring ReadJudgedFile(const std::wstring& path, std::size_t mostBytes, std
   return {};
 }
 
+std::wstring ReadSuiteFile(const std::wstring& name, std::size_t mostBytes, std::string& bytes,
+                           unsigned long* error) {
+  bytes.clear();
+  unsigned long reason = ERROR_SUCCESS;
+  const std::wstring failure = ReadJudgedFile(PathOf(name), mostBytes, bytes, &reason);
+  if (error != nullptr && reason != ERROR_SUCCESS) *error = reason;
+  const bool isNone = reason == ERROR_FILE_NOT_FOUND || reason == ERROR_PATH_NOT_FOUND;
+  return failure.empty() || isNone ? L"" : PathOf(name) + failure;
+}
+
 std::wstring WriteSuiteFile(const std::wstring& name, const std::string& bytes) {
   if (const std::wstring refusal = CreateFolder(SuiteFolder(), true); !refusal.empty()) {
     return SuiteFolder() + L" is refused: " + refusal;
   }
-  const std::wstring path = SuiteFolder() + L"\\" + name;
+  const std::wstring path = PathOf(name);
   const std::wstring next = path + L".new";
   const bool done =
       Write(next, bytes) &&

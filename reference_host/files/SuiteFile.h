@@ -16,7 +16,14 @@ namespace refhost {
 ZLT_API std::wstring ReadJudgedFile(const std::wstring& path, std::size_t mostBytes,
                                     std::string& bytes, unsigned long* error = nullptr);
 
-/// Writes a file in the suite's folder (see `SuiteFolder`), in one step: whoever reads it, after a
+/// The same for a file in the suite's folder (see `SuiteFolder`). One that is not there is none.
+/// @param name in, without a folder. @param bytes out, empty when there is no file, and on failure.
+/// @param error out, as above, for one that is not there too.
+/// @return an empty text on success and when there is no file, else what is wrong, with the path.
+ZLT_API std::wstring ReadSuiteFile(const std::wstring& name, std::size_t mostBytes,
+                                   std::string& bytes, unsigned long* error = nullptr);
+
+/// Writes a file in the suite's folder, in one step: whoever reads it, after a
 /// loss of power too, finds what it was before or what it is now, never a part.
 /// @param name in, without a folder.
 /// @return an empty text on success, else what is wrong (a phrase for a log line).

@@ -58,10 +58,11 @@ thread_local const std::string* t_title = nullptr;
 
 Event::Event(const char* kind) {
   try {
-    With("time", ComposeLogTime(UnixMilliseconds()));
+    // None of the first four can hold a secret.
+    Set("time", ComposeLogTime(UnixMilliseconds()));
     With("process", GetCurrentProcessId());
-    With("run", Run());
-    With("event", kind);
+    Set("run", Run());
+    Set("event", kind);
     With("title", EventTitle::Current());
   } catch (const std::exception&) {
     // What there is no memory for is lost, here and below.

@@ -10,15 +10,15 @@ namespace {
 
 class DriveTest : public CloudsimTest {
  protected:
-  /// @return the exit status. @param figures out, what was written as JSON.
-  int Drive(const std::string& options, Json::Value& figures) {
+  /// @return the exit status. @param figures out, what was written as JSON. @param name in, where.
+  int Drive(const std::string& options, Json::Value& figures, const std::string& name = "figures") {
     const std::string command = "TOLMAR_SESSION_TOKEN=s3cret-session " CLOUDSIM_PROGRAM
                                 " drive http://localhost:" +
-                                std::to_string(_cloud->Port()) + " --json " +
-                                _folder.Path("figures") + " " + options + " >/dev/null";
+                                std::to_string(_cloud->Port()) + " --json " + _folder.Path(name) +
+                                " " + options + " >/dev/null";
     const int status = std::system(command.c_str());
-    std::ifstream file(_folder.Path("figures"));
-    figures = Parsed(std::string(std::istreambuf_iterator<char>(file), {}));
+    std::ifstream file(_folder.Path(name));
+    if (file) figures = Parsed(std::string(std::istreambuf_iterator<char>(file), {}));
     return WEXITSTATUS(status);
   }
 };
@@ -45,13 +45,21 @@ TEST_F(DriveTest, ADeviceHasTheAgentsConversationAndSendsQueriesAgain) {
 
 TEST_F(DriveTest, TellsWhoDidNotGetAllAndWhy) {
   Start(R"([{"on":"file:archiver.cab","call":2,"dropAfter":1000},
-            {"on":"token","call":5,"status":401},{"on":"entitlement","call":7,"status":404}])");
+            {"on":"token","call":5,"status":401},{"on":"entitlement","call":7,"status":404},
+            {"on":"entitlement","call":12,
+             "reply":"{\"result\":{\"code\":0,\"swList\":[{\"moduleList\":[5]}]}}"},
+            {"on":"downloadRequest","call":3,
+             "reply":"{\"result\":{\"code\":0,\"fileList\":[{\"size\":-1}]}}"},
+            {"on":"downloadRequest","call":16,
+             "reply":"{\"result\":{\"code\":0,\"fileList\":[{\"downloadUrl\":\"ftp://a/b\"}]}}"}])");
   Json::Value figures;
-  EXPECT_EQ(Drive("--devices 20 --rate 200", figures), 1);
+  EXPECT_EQ(Drive("--devices 20 --rate 200 --wait-scale 0.0001", figures), 1);
   EXPECT_EQ(figures["devices"], 20);
-  EXPECT_EQ(figures["complete"], 17);
-  EXPECT_EQ(figures["errors"].size(), 3U) << figures.toStyledString();
+  EXPECT_EQ(figures["complete"], 15) << figures.toStyledString();
+  EXPECT_EQ(figures["errors"].size(), 6U) << figures.toStyledString();
   EXPECT_EQ(figures["errors"]["entitlement: status 404"], 1);
+  EXPECT_EQ(figures["errors"]["downloadRequest: refused or not as described"], 1);
+  EXPECT_EQ(Drive("--devices 1", figures, "missing/figures"), 2);
 }
 
 }  // namespace

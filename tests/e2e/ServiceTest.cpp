@@ -50,6 +50,9 @@ class Service {
   void Start() { _lab.Wine("sc start TolmarHost"); }
   void AskToStop() { _lab.Wine("sc stop TolmarHost"); }
 
+  /// @return what is left over.
+  std::string RemoveData() { return _lab.Wine(Program() + " --remove-data"); }
+
   bool Is(const std::string& state) { return Contains(_lab.Wine("sc query TolmarHost"), state); }
 
  private:
@@ -140,6 +143,20 @@ TEST(Service, StopsInItsBoundInEachPhase) {
   }
 }
 
+TEST(Service, RunsWhenSomebodyAsksForIt) {
+  Lab lab({{"alpha"}});
+  Service service(lab);
+  const RunResult tooSoon = lab.Run("service run");
+  EXPECT_EQ(tooSoon.exitStatus, 2);
+  EXPECT_TRUE(Contains(tooSoon.errors, "the service does not run")) << tooSoon.errors;
+  lab.Configuration()["pollSpreadSeconds"] = 604800;
+  lab.WriteConfiguration();
+  service.Start();
+  ASSERT_TRUE(Reaches([&] { return lab.Run("service status").json.isMember("nextRun"); }, 30));
+  EXPECT_EQ(lab.Run("service run").exitStatus, 0);
+  EXPECT_TRUE(Reaches([&] { return lab.IsInstalled("alpha"); }, 30)) << lab.LogText("ZLT.log");
+}
+
 TEST(Service, WorksAtAPromptUntilCtrlC) {
   Lab lab({{"alpha"}});
   lab.Configuration()["pollSpreadSeconds"] = 0;
@@ -207,4 +224,10 @@ TEST(Service, FetchesOutsideOfItsWindowsAndInstallsWhenNothingStandsInTheWay) {
   ASSERT_TRUE(Reaches([&] { return lab.IsInstalled("alpha"); }, 60)) << lab.LogText("ZLT.log");
   EXPECT_EQ(fetched(), 1);
   EXPECT_TRUE(Reaches([&] { return waitsFor().empty(); }, 30));
+
+  service.AskToStop();
+  ASSERT_TRUE(Reaches([&] { return service.Is("STOPPED"); }, 10));
+  std::filesystem::create_directories(waiting / "title");
+  EXPECT_EQ(service.RemoveData(), "");
+  EXPECT_FALSE(std::filesystem::exists(waiting));
 }

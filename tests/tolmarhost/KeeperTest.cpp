@@ -130,6 +130,18 @@ TEST_F(KeeperTest, InstallsWhatIsMissingThoseForSetUpFirstAndAsksAgainLater) {
   EXPECT_EQ(device.kept.titles.count("A"), 0U);
 }
 
+TEST_F(KeeperTest, RunsWhenItIsAskedToButNotTwiceAMinute) {
+  Next();
+  device.now = Monday + 10;
+  keeper.RunNow();
+  EXPECT_EQ(keeper.Work(settings), Monday + Minute);
+  EXPECT_EQ(device.Take(), Lines{"ask"});
+  device.now = Monday + Hour;
+  keeper.RunNow();
+  EXPECT_EQ(keeper.Work(settings), Monday + 5 * Hour);
+  EXPECT_EQ(device.Take(), Lines{"ask"});
+}
+
 TEST_F(KeeperTest, InstallsOnlyWhatItIsToldTo) {
   device.titles = {{"A", {}}, {"B", {.preinstall = true}}};
   settings.serviceInstalls = refhost::ServiceInstalls::None;

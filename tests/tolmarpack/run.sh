@@ -3,6 +3,7 @@
 # native program and the host say of the same packages. RUNS.jsonl, when given, gets what it printed as JSON.
 source scripts/common.sh
 source scripts/lab.sh
+source scripts/cloud.sh
 source tests/host/fixtures.sh
 RUNS=${1:-/dev/null}
 FOLDER=$BUILD/authoring
@@ -61,6 +62,5 @@ rm -rf "$FOLDER" && mkdir -p "$FOLDER" && cd "$FOLDER"
 walk_through
 failing_package
 cd "$ROOT"
-trap '[ -n "${LAB_WAS_UP:-}" ] || lab_down' EXIT
-LAB_WAS_UP=${LAB_RUNNING:-}
+trap end_in_others_lab EXIT
 verdicts

@@ -1,6 +1,5 @@
 #include "tools/cloudsim/Control.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -8,11 +7,11 @@
 #include "tools/cloudsim/ConsolePage.h"
 #include "tools/cloudsim/Crypto.h"
 #include "tools/cloudsim/JsonNode.h"
+#include "tools/cloudsim/UnixTime.h"
 
 namespace cloudsim {
 namespace {
 
-constexpr const char* JsonMediaType = "application/json";
 constexpr std::size_t MaxExchanges = 2000;  ///< in one state; the console asks for the rest at once
 
 /// Requests by another name may come from a page of that name, whose server has told the browser
@@ -30,21 +29,10 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
   return text;
 }
 
-std::int64_t NowMs() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 void Answer(httplib::Response& response, int status, const Json::Value& value) {
   response.status = status;
   response.set_header("Cache-Control", "no-store");
   response.set_content(CompactText(value), JsonMediaType);
-}
-
-Json::Value Error(const std::string& text) {
-  Json::Value error;
-  error["error"] = text;
-  return error;
 }
 
 }  // namespace
@@ -57,7 +45,8 @@ void Control::Register(httplib::Server& server, const httplib::Server::Handler& 
   using Handler = void (Control::*)(const httplib::Request&, httplib::Response&);
   const auto to = [this](Handler handler) {
     return [this, handler](const auto& request, auto& response) {
-      if (!IsForThisMachine(request)) return Answer(response, 403, Error("ask for localhost"));
+      if (!IsForThisMachine(request))
+        return Answer(response, 403, ErrorDocument("ask for localhost"));
       (this->*handler)(request, response);
     };
   };
@@ -88,7 +77,7 @@ void Control::OnPage(const httplib::Request&, httplib::Response& response) {
 void Control::OnState(const httplib::Request& request, httplib::Response& response) {
   const std::uint64_t since = std::strtoull(request.get_param_value("since").c_str(), nullptr, 10);
   Json::Value state;
-  state["now"] = static_cast<Json::Int64>(NowMs());
+  state["now"] = Json::Int64{1000 * UnixNow()};
   state["last"] = static_cast<Json::UInt64>(_received.Last());
   state["downloads"] = _downloads.ToJson();
   state["faults"] = Json::arrayValue;
@@ -129,7 +118,7 @@ void Control::OnFaults(const httplib::Request& request, httplib::Response& respo
     ChangeFaults(request);
     Answer(response, 200, Json::objectValue);
   } catch (const DocumentError& flaw) {
-    Answer(response, 400, Error(flaw.what()));
+    Answer(response, 400, ErrorDocument(flaw.what()));
   }
 }
 

@@ -31,6 +31,14 @@ constexpr std::array<KindRow, 6> KindRows{{
     {"expired", FaultKind::Expired, true, 1, 1},
 }};
 
+/// @return null for a reply, which has a text in the place of a number.
+const KindRow* RowOf(FaultKind kind) {
+  for (const KindRow& row : KindRows) {
+    if (row.kind == kind) return &row;
+  }
+  return nullptr;
+}
+
 bool IsFile(const std::string& on) { return on.starts_with(FilePrefix); }
 
 std::string ReadOn(const JsonNode& node, const std::function<bool(const std::string&)>& isFile) {
@@ -97,10 +105,8 @@ Fault ReadFault(const JsonNode& node, const std::function<bool(const std::string
 }
 
 const char* NameOf(FaultKind kind) {
-  for (const KindRow& row : KindRows) {
-    if (row.kind == kind) return row.key;
-  }
-  return "reply";
+  const KindRow* row = RowOf(kind);
+  return row == nullptr ? "reply" : row->key;
 }
 
 Json::Value ToJson(const Fault& fault) {
@@ -108,10 +114,10 @@ Json::Value ToJson(const Fault& fault) {
   value["on"] = fault.on;
   if (fault.call != 0) value["call"] = fault.call;
   if (fault.count != 1) value["count"] = fault.count;
-  const bool isFlag = fault.Is(FaultKind::Garbage) || fault.Is(FaultKind::Expired);
-  Json::Value& kind = value[NameOf(fault.kind)];
-  kind = isFlag ? Json::Value(true) : Json::Value(Json::Int64{fault.value});
-  if (fault.Is(FaultKind::Reply)) kind = "";
+  Json::Value& kind = value[NameOf(fault.kind)] = "";
+  if (const KindRow* row = RowOf(fault.kind)) {
+    kind = row->isFlag ? Json::Value(true) : Json::Value(Json::Int64{fault.value});
+  }
   return value;
 }
 

@@ -43,6 +43,12 @@ std::string CompactText(const Json::Value& value) {
   return Json::writeString(builder, value);
 }
 
+Json::Value ErrorDocument(const std::string& text) {
+  Json::Value error;
+  error["error"] = text;
+  return error;
+}
+
 JsonNode::JsonNode(const Json::Value& value, std::string path)
     : _value(&value), _path(std::move(path)) {}
 

@@ -11,6 +11,8 @@
 
 namespace cloudsim {
 
+inline constexpr const char* JsonMediaType = "application/json";
+
 /// A document that cannot be used; the text names the key, as in "titles[0].name: must be a text".
 class DocumentError : public std::runtime_error {
  public:
@@ -24,6 +26,9 @@ std::string ParseStrict(const std::string& text, Json::Value& root);
 
 /// @return `value` as text without line breaks.
 std::string CompactText(const Json::Value& value);
+
+/// @return {"error":TEXT}, the body of a refusal.
+Json::Value ErrorDocument(const std::string& text);
 
 /// One value of a document together with the key path that leads to it. Every reading operation
 /// throws DocumentError when the value is not of the asked kind. The value must outlive the node.

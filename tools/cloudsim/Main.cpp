@@ -107,8 +107,7 @@ int main(int argc, char** argv) {
   using namespace cloudsim;
   if (argc > 1 && std::string_view(argv[1]) == "drive") return Drive(argc - 1, argv + 1);
   Options options;
-  int exitStatus = 0;
-  if (!ReadOptions(argc, argv, options, exitStatus)) return exitStatus;
+  if (const auto status = ReadOptions(argc, argv, options)) return *status;
   try {
     Serve(options, LoadOffer(options.catalogue));
   } catch (const DocumentError& error) {

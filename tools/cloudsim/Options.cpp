@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/common/CommandLine.h"
+
 namespace cloudsim {
 namespace {
 
@@ -37,17 +39,11 @@ void AddAll(CLI::App& app, Options& options) {
 
 }  // namespace
 
-bool ReadOptions(int argc, char** argv, Options& options, int& exitStatus) {
+std::optional<int> ReadOptions(int argc, char** argv, Options& options) {
   CLI::App app("The cloud service on one machine, with faults on order.", "cloudsim");
   app.footer("cloudsim drive plays devices against a service: cloudsim drive --help");
   AddAll(app, options);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    exitStatus = app.exit(error) == 0 ? 0 : 2;
-    return false;
-  }
-  return true;
+  return EndOfParsing(app, argc, argv);
 }
 
 }  // namespace cloudsim

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "tools/cloudsim/Listeners.h"
@@ -20,7 +21,7 @@ struct Options {
 };
 
 /// Reads the command line. Prints help or the error itself.
-/// @param exitStatus out, when false is returned: 0 after help, 2 after an error.
-bool ReadOptions(int argc, char** argv, Options& options, int& exitStatus);
+/// @return the status to end with: 0 after help, 2 after an error; nothing: go on.
+std::optional<int> ReadOptions(int argc, char** argv, Options& options);
 
 }  // namespace cloudsim

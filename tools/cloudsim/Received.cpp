@@ -29,7 +29,7 @@ std::string TimeText() {
   return text;
 }
 
-Json::Value ToJson(const Exchange& exchange, std::uint64_t number) {
+Json::Value ToJson(Exchange& exchange, std::uint64_t number) {
   Json::Value entry;
   entry["n"] = static_cast<Json::UInt64>(number);
   entry["time"] = TimeText();
@@ -41,13 +41,12 @@ Json::Value ToJson(const Exchange& exchange, std::uint64_t number) {
   entry["authorised"] = exchange.authorised;
   if (!exchange.fault.empty()) entry["fault"] = exchange.fault;
   if (exchange.rawBody) entry["rawBody"] = *exchange.rawBody;
-  const std::pair<const char*, const Json::Value*> parts[] = {
-      {"headers", &exchange.headers},
-      {"body", &exchange.body},
-      {"replyHeaders", &exchange.replyHeaders},
-      {"reply", &exchange.reply}};
+  const std::pair<const char*, Json::Value*> parts[] = {{"headers", &exchange.headers},
+                                                        {"body", &exchange.body},
+                                                        {"replyHeaders", &exchange.replyHeaders},
+                                                        {"reply", &exchange.reply}};
   for (const auto& [name, part] : parts) {
-    if (!part->isNull()) entry[name] = *part;
+    if (!part->isNull()) entry[name] = std::move(*part);
   }
   return entry;
 }
@@ -80,7 +79,7 @@ Json::Value WithoutSecrets(Json::Value reply) {
   return reply;
 }
 
-void Received::Add(const Exchange& exchange) {
+void Received::Add(Exchange exchange) {
   const std::scoped_lock lock(_mutex);
   _entries.push_back(CompactText(ToJson(exchange, ++_number)));
   _bytes += _entries.back().size();

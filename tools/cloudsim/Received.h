@@ -36,7 +36,7 @@ Json::Value WithoutSecrets(Json::Value reply);
 /// What the service received, in order, the last 100,000 requests and 64 MiB at most. Any thread.
 class Received {
  public:
-  void Add(const Exchange& exchange);
+  void Add(Exchange exchange);
 
   /// Forgets everything; numbers start from 1 again.
   void Clear();

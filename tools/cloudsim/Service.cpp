@@ -11,7 +11,6 @@
 namespace cloudsim {
 namespace {
 
-constexpr const char* JsonMediaType = "application/json";
 constexpr std::size_t MaxRawBody = 4096;  ///< bytes on record of a body that is not JSON
 
 }  // namespace
@@ -31,12 +30,6 @@ struct Service::Answer {
 };
 
 namespace {
-
-Json::Value Error(const std::string& text) {
-  Json::Value error;
-  error["error"] = text;
-  return error;
-}
 
 Contents GarbageContents() { return TextContents("<garbage {\"result\": [", JsonMediaType); }
 
@@ -116,13 +109,13 @@ void Service::OnToken(const httplib::Request& request, httplib::Response& respon
   const bool readable =
       ParseStrict(request.body, body).empty() && body.isObject() && body["sessionToken"].isString();
   exchange.authorised = readable && _tokens.IsSessionToken(body["sessionToken"].asString());
-  Answer answer(400, Error("the body must be {\"sessionToken\":\"...\"}"));
+  Answer answer(400, ErrorDocument("the body must be {\"sessionToken\":\"...\"}"));
   if (exchange.authorised) {
     Json::Value grant;
     grant["jwt"] = _tokens.Issue();
     answer = Answer(200, std::move(grant));
   } else if (readable) {
-    answer = Answer(401, Error("no such session token"));
+    answer = Answer(401, ErrorDocument("no such session token"));
   }
   Deliver(request, response, std::move(exchange), std::move(answer), fault);
 }
@@ -140,10 +133,10 @@ void Service::OnServiceRequest(const httplib::Request& request, httplib::Respons
 
 Service::Answer Service::AnswerToService(const Exchange& exchange, const std::string& deviceId,
                                          const std::optional<Fault>& fault) {
-  if (!exchange.authorised) return {401, Error("no valid token")};
-  if (exchange.rawBody) return {400, Error("the body is not JSON")};
+  if (!exchange.authorised) return {401, ErrorDocument("no valid token")};
+  if (exchange.rawBody) return {400, ErrorDocument("the body is not JSON")};
   const std::string flaw = FaultOfBody(exchange.type, deviceId, exchange.body);
-  if (!flaw.empty()) return {400, Error(flaw)};
+  if (!flaw.empty()) return {400, ErrorDocument(flaw)};
   if (Has(fault, FaultKind::ResultCode)) {
     return {200, BareAnswer(static_cast<int>(fault->value))};
   }
@@ -185,7 +178,7 @@ Contents Service::Sent(const httplib::Request& request, const CatalogueFile& fil
 Service::Answer Service::AnswerWithFile(const httplib::Request& request, const CatalogueFile* file,
                                         bool authorised, bool garbage) {
   if (!authorised || file == nullptr) {
-    return {403, Error("the address has expired or is not of this service")};
+    return {403, ErrorDocument("the address has expired or is not of this service")};
   }
   const std::string tag = "\"" + file->crc + "\"";
   const Slice slice = RequestedSlice(request, file->size, tag);
@@ -203,7 +196,8 @@ Service::Answer Service::AnswerWithFile(const httplib::Request& request, const C
 
 void Service::OnUnknown(const httplib::Request& request, httplib::Response& response) {
   Exchange exchange = ExchangeOf(request, UnknownType);
-  Deliver(request, response, std::move(exchange), Answer(404, Error("no such path")), std::nullopt);
+  Deliver(request, response, std::move(exchange), Answer(404, ErrorDocument("no such path")),
+          std::nullopt);
 }
 
 void Service::Play(const Fault& fault, bool isFile, Answer& answer) {
@@ -221,9 +215,9 @@ void Service::Play(const Fault& fault, bool isFile, Answer& answer) {
   }
 }
 
-void Service::KeepReply(const Answer& answer, Exchange& exchange) {
+void Service::KeepReply(Answer& answer, Exchange& exchange) {
   exchange.status = answer.status;
-  exchange.reply = WithoutSecrets(answer.reply);
+  exchange.reply = WithoutSecrets(std::move(answer.reply));
   exchange.replyHeaders["Content-Type"] = answer.contents.mediaType;
   exchange.replyHeaders["Content-Length"] = std::to_string(answer.contents.length);
   for (const auto& [name, value] : answer.headers) exchange.replyHeaders[name] = value;
@@ -236,7 +230,7 @@ void Service::Deliver(const httplib::Request& request, httplib::Response& respon
     Play(*fault, exchange.type == FileType, answer);
   }
   KeepReply(answer, exchange);
-  _received.Add(exchange);
+  _received.Add(std::move(exchange));
   if (Has(fault, FaultKind::DelayMs)) {
     WaitUnlessStopped(std::chrono::milliseconds(fault->value));
   }

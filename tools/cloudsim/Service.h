@@ -58,7 +58,7 @@ class Service {
   Contents Sent(const httplib::Request& request, const CatalogueFile& file, const Slice& slice,
                 bool garbage);
   static void Play(const Fault& fault, bool isFile, Answer& answer);
-  static void KeepReply(const Answer& answer, Exchange& exchange);
+  static void KeepReply(Answer& answer, Exchange& exchange);
   void Deliver(const httplib::Request& request, httplib::Response& response, Exchange exchange,
                Answer answer, const std::optional<Fault>& fault);
   void WaitUnlessStopped(std::chrono::milliseconds duration);

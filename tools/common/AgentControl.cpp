@@ -5,17 +5,11 @@
 #include <string>
 #include <thread>
 
+#include "agent/DeviceConfigure.h"
 #include "agent/TolmarAgent.h"
 #include "host/common/EpUrlProvider.h"
 #include "host/core/ZLTPublisherSubscriber.h"
 #include "reference_host/base/Handle.h"
-
-namespace {
-
-constexpr unsigned int DeviceTopic = 4;
-constexpr unsigned int DeviceConfigured = 15;
-
-}  // namespace
 
 void TellEndpoint() {
   std::wstring base, realm;

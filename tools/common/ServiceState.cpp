@@ -3,6 +3,7 @@
 #include <json/reader.h>
 #include <json/writer.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "tools/common/Titles.h"
@@ -45,6 +46,10 @@ TitleState TitleIn(const Json::Value& object) {
 }
 
 }  // namespace
+
+Time NextWork(const State& state) {
+  return state.resume == 0 ? state.nextRun : std::min(state.nextRun, state.resume);
+}
 
 std::string TextOf(const State& state) {
   Json::Value root;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -10,8 +11,16 @@ namespace service {
 
 using Time = std::int64_t;
 
-/// Name of the file below the suite's folder.
+/// The service's name, for the service manager and as the source of its entries in the event log.
+inline constexpr const wchar_t* ServiceName = L"TolmarHost";
+
+/// Name of the file below the suite's folder, and what it may come to.
 inline constexpr const wchar_t* StateFileName = L"service.json";
+inline constexpr std::size_t MaxStateBytes = 16 << 20;
+
+/// The service's control that lets its next run come now. 128 to 255 are the service's own
+/// ("ControlService function").
+inline constexpr unsigned long RunControl = 128;
 
 /// What came of one title.
 struct TitleState {
@@ -39,6 +48,9 @@ struct State {
   std::string waitsFor;  ///< what keeps missing titles from being installed now, a phrase
   std::map<std::string, TitleState> titles;  ///< by part number
 };
+
+/// @return the sooner of the next run and the next look at what is missing.
+Time NextWork(const State& state);
 
 /// @return the state as JSON text.
 std::string TextOf(const State& state);

@@ -86,9 +86,10 @@ class Trial:
     def report(self, kind, **more):
         return self.answer(kind, self.parameters(kind, **more))
 
-    def file_list(self):
-        self.known("module")
-        return self.answer("downloadRequest", self.parameters("downloadRequest"))["fileList"]
+    def file_list(self, module=None):
+        """@param module: another than the one whose files are looked at."""
+        module = module or self.known("module")
+        return self.answer("downloadRequest", self.parameters("downloadRequest", **module))["fileList"]
 
     def smallest(self):
         """The file that is fetched: the smallest that has a byte."""
@@ -151,9 +152,11 @@ def _(trial):
     for title in trial.known("titles"):
         names = []
         for module in title.get("moduleList") or []:
-            trial.module = {"l1FruPn": title["l1FruPn"], "moduleFruPn": module["moduleFruPn"]}
-            trial.files = trial.file_list() or trial.files
-            names += [file["name"].lower() for file in trial.files or []]
+            asked = {"l1FruPn": title["l1FruPn"], "moduleFruPn": module["moduleFruPn"]}
+            files = trial.file_list(asked)
+            names += [file["name"].lower() for file in files]
+            if files:
+                trial.module, trial.files = asked, files
         need(len(set(names)) == len(names), f"{title['l1FruPn']}: two files have one name")
 
 
@@ -161,8 +164,7 @@ def _(trial):
 def _(trial):
     unknown = trial.parameters("downloadRequest", l1FruPn="none", moduleFruPn="none")
     reply = trial.service.ask("downloadRequest", unknown, trial.known("token"))
-    code = (reply.json or {}).get("result", {}).get("code")
-    need(reply.status >= 400 or code not in (0, None), f"status {reply.status}, code {code}")
+    need(reply.status >= 400 or reply.code not in (0, None), f"status {reply.status}, code {reply.code}")
 
 
 @rule("request.token", "each request with no token, or with an altered one, is answered 401")
@@ -213,7 +215,7 @@ def _(trial):
     body["parameters"]["message"] = "ü" * (BODY_CAPACITY - 1 - len(json.dumps(body)))
     raw = json.dumps(body, ensure_ascii=False)
     reply = trial.service.ask("installProgress", None, trial.known("token"), raw)
-    need(reply.status in (200, 201) and (reply.json or {}).get("result", {}).get("code") == 0, f"status {reply.status}")
+    need(reply.status in (200, 201) and reply.code == 0, f"status {reply.status}")
 
 
 @rule("address.form", "an address is https (or of a loopback host), of 2,200 characters at most, 260 between slashes")
@@ -301,7 +303,7 @@ def verdict(function, trial):
         return "skipped", str(why)
     except Broken as why:
         return "FAILED", str(why)
-    except (OSError, http.client.HTTPException) as error:
+    except (OSError, http.client.HTTPException, ValueError, IndexError) as error:  # The latter: an address is none.
         return "FAILED", f"no reply: {type(error).__name__}: {error}"
 
 

@@ -27,10 +27,12 @@ class Protocol:
     def __init__(self, path, strict=False):
         self.document = yaml.safe_load(pathlib.Path(path).read_text())
         if strict:  # A definition is closed where it is used: it may be a part there.
-            components = self.document["components"]
-            components["schemas"] = {name: closed(schema, True) for name, schema in components["schemas"].items()}
-        self.strict = strict
+            schemas = self.document["components"]["schemas"]
+            self.document = closed(self.document)
+            self.document["components"]["schemas"] = {name: closed(schema, True) for name, schema in schemas.items()}
         self.resolver = RefResolver("", self.document)
+        self.patterns = [(re.compile(re.sub(r"\\{\w+\\}", "[^/]+", re.escape(path))), method, operation)
+                         for path, method, operation in self.operations()]
 
     def resolved(self, node):
         """What a component's reference stands for."""
@@ -45,15 +47,11 @@ class Protocol:
 
     def operation(self, method, path):
         """The operation that a request is for, or None."""
-        for template, verb, operation in self.operations():
-            pattern = re.sub(r"\\{\w+\\}", "[^/]+", re.escape(template))
-            if verb == method.lower() and re.fullmatch(pattern, path):
-                return operation
-        return None
+        return next((operation for pattern, verb, operation in self.patterns
+                     if verb == method.lower() and pattern.fullmatch(path)), None)
 
     def flaws(self, schema, value, what):
         """What is wrong with a value, a text each."""
-        schema = closed(schema) if self.strict else schema
         return [f"{what}{error.json_path[1:]}: {error.message[:160]}" for error in
                 Draft202012Validator(schema, resolver=self.resolver).iter_errors(value)]
 

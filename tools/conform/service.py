@@ -19,6 +19,12 @@ class Reply:
     body: bytes
     json: object = None
 
+    @property
+    def code(self):
+        """The result's; None when the body has none."""
+        result = self.json.get("result") if isinstance(self.json, dict) else None
+        return result.get("code") if isinstance(result, dict) else None
+
 
 class Service:
     """One device's view. Redirects are not followed; nothing is sent twice."""

@@ -8,9 +8,10 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/Text.h"
 #include "reference_host/configuration/ConfigurationFile.h"
-#include "reference_host/files/InstallationLease.h"
 #include "tools/common/AgentControl.h"
 #include "tools/common/Installation.h"
+#include "tools/common/TerminalText.h"
+#include "tools/tolmarctl/HolderText.h"
 #include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/ProgressDisplay.h"
 
@@ -43,11 +44,10 @@ Outcome Status(TolmarAgent& agent, const Options& options, HANDLE cancel) {
 
 /// Another process may install, the service for one; an installation waits for it.
 void TellOfHolder() {
-  const auto holder = refhost::InstallationLease::Holder();
-  if (!holder || holder->processId == GetCurrentProcessId()) return;
+  const std::string holder = HolderText(GetCurrentProcessId());
+  if (holder.empty()) return;
   std::fprintf(stderr, "tolmarctl: %s installs; waiting for it, %u s at the most\n",
-               ZLT::String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder)).c_str(),
-               refhost::Settings().leaseWaitSeconds);
+               Printable(holder).c_str(), refhost::Settings().leaseWaitSeconds);
   std::fflush(stderr);
 }
 

@@ -12,17 +12,11 @@
 #include "reference_host/configuration/TokenStore.h"
 #include "reference_host/files/Trust.h"
 #include "tools/common/Console.h"
-#include "tools/common/TerminalText.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/Table.h"
 
 namespace {
-
-int Complain(const Options& options, const std::string& what) {
-  std::fprintf(stderr, "tolmarctl: %s: %s\n", options.command.c_str(), Printable(what).c_str());
-  return ExitStatus::Usage;
-}
 
 std::string TextOf(const Json::Value& value) {
   if (value.isNull()) return "";
@@ -33,7 +27,7 @@ std::string TextOf(const Json::Value& value) {
 }
 
 int Show(const Options& options) {
-  const Json::Value& settings = refhost::ShareableSettings();
+  const Json::Value settings = refhost::ShareableSettings();
   if (settings.isNull()) {
     return Complain(options, ZLT::String::UTF16ToUTF8(refhost::ConfigurationError()));
   }
@@ -61,7 +55,7 @@ int Validate(const Options& options) {
   if (options.json) {
     Json::Value root;
     root["command"] = options.command;
-    root["isUsable"] = !refhost::ShareableSettings().isNull();
+    root["isUsable"] = refhost::ConfigurationError().empty();
     root["complaints"] = Json::arrayValue;
     for (const std::string& complaint : complaints) root["complaints"].append(complaint);
     PrintJsonLine(root);

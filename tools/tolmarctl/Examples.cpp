@@ -26,6 +26,8 @@ const std::vector<Example>& AllExamples() {
       {"config set-token", "tolmarctl config set-token --remove", "the way back"},
       {"service status", "tolmarctl service status", "when does it run next, and what failed?"},
       {"service status", "tolmarctl service status --json", "for a script"},
+      {"service run", "tolmarctl service run",
+       "a title was released, and this device is to have it"},
       {"report", "tolmarctl report", "the newest last"},
       {"report", "tolmarctl report --html report.html", "as a page, the newest first"},
       {"bundle", "tolmarctl bundle ticket.cab", "nothing secret is in it"},

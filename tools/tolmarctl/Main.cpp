@@ -86,6 +86,7 @@ int main() {
   if (options.command == "doctor") return Doctor(options);
   if (options.command.starts_with("config ")) return Config(options);
   if (options.command == "service status") return ServiceStatus(options);
+  if (options.command == "service run") return ServiceRun(options);
   std::optional<LogFollower> follower;
   if (options.verbose) follower.emplace();
   if (!StartHost()) return ExitStatus::Usage;

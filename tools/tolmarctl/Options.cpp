@@ -88,6 +88,7 @@ void AddService(CLI::App& app) {
   CLI::App* service = app.add_subcommand("service", "the service that keeps titles installed");
   service->require_subcommand(1);
   service->add_subcommand("status", "tell its last and next run, and what came of each title");
+  service->add_subcommand("run", "have it ask now what is missing, and install that when it may");
 }
 
 /// Below each command stand its own examples.

@@ -8,7 +8,9 @@
 
 #include "reference_host/process/Restart.h"
 #include "tools/common/Console.h"
+#include "tools/common/TerminalText.h"
 #include "tools/common/Titles.h"
+#include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
 #include "tools/tolmarctl/Plan.h"
 #include "tools/tolmarctl/Table.h"
@@ -131,6 +133,11 @@ void PrintJsonLine(const Json::Value& document) {
 void PrintLines(const std::string& lines) {
   const Console console;
   std::fputs(lines.c_str(), stdout);
+}
+
+int Complain(const Options& options, const std::string& what) {
+  std::fprintf(stderr, "tolmarctl: %s: %s\n", options.command.c_str(), Printable(what).c_str());
+  return ExitStatus::Usage;
 }
 
 bool PrintOutcome(const Options& options, const Outcome& outcome) {

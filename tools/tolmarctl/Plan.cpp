@@ -15,9 +15,9 @@
 #include "host/common/Utility.h"
 #include "reference_host/download/DownloadAgentOrder.h"
 #include "reference_host/files/FolderInspection.h"
-#include "reference_host/files/InstallationLease.h"
 #include "tools/common/Console.h"
 #include "tools/common/TerminalText.h"
+#include "tools/tolmarctl/HolderText.h"
 #include "tools/tolmarctl/Table.h"
 
 namespace {
@@ -91,9 +91,7 @@ class Planner {
     const auto bytes = refhost::FreeBytesFor(ZLT::utility::GetZltKivDownloadPath()).value_or(0);
     plan["bytesFree"] = Json::UInt64{bytes};
     plan["isEnough"] = bytes >= static_cast<std::uint64_t>(2 * _largestTitle);
-    const auto holder = refhost::InstallationLease::Holder();
-    if (holder)
-      plan["lease"] = String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder));
+    if (const std::string holder = HolderText(); !holder.empty()) plan["lease"] = holder;
     return plan;
   }
 

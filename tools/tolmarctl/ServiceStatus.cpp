@@ -2,18 +2,18 @@
 
 #include <windows.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <functional>
+#include <iterator>
 #include <string>
 
 #include "host/common/Text.h"
-#include "reference_host/files/InstallationLease.h"
-#include "reference_host/files/ProgramData.h"
 #include "reference_host/files/SuiteFile.h"
+#include "tools/common/ServiceHandle.h"
 #include "tools/common/ServiceState.h"
 #include "tools/common/TerminalText.h"
 #include "tools/tolmarctl/ExitStatus.h"
 #include "tools/tolmarctl/Explain.h"
+#include "tools/tolmarctl/HolderText.h"
 #include "tools/tolmarctl/Output.h"
 #include "tools/tolmarctl/Report.h"
 #include "tools/tolmarctl/Table.h"
@@ -22,45 +22,27 @@ namespace {
 
 using service::Time;
 
-constexpr std::size_t MaxStateBytes = 16 << 20;
-
 const char* WordOf(DWORD state) {
   constexpr const char* Words[] = {"unknown", "stopped",          "start pending", "stop pending",
                                    "running", "continue pending", "pause pending", "paused"};
   return state < std::size(Words) ? Words[state] : Words[0];
 }
 
+/// Does something with the service. @return Windows' error.
+DWORD WithService(DWORD access, const std::function<BOOL(SC_HANDLE)>& act) {
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+  if (!manager) return GetLastError();
+  const ServiceHandle service(OpenServiceW(manager.Get(), service::ServiceName, access));
+  return service && act(service.Get()) ? ERROR_SUCCESS : GetLastError();
+}
+
 /// @return the word for what the service manager says of it.
 std::string ServiceWord() {
-  SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
-  if (manager == nullptr) return WordOf(0);
-  std::string word = WordOf(0);
-  SC_HANDLE service = OpenServiceW(manager, L"TolmarHost", SERVICE_QUERY_STATUS);
-  if (service == nullptr && GetLastError() == ERROR_SERVICE_DOES_NOT_EXIST) word = "not installed";
   SERVICE_STATUS status{};
-  if (service != nullptr && QueryServiceStatus(service, &status)) {
-    word = WordOf(status.dwCurrentState);
-  }
-  if (service != nullptr) CloseServiceHandle(service);
-  CloseServiceHandle(manager);
-  return word;
-}
-
-/// @return what is wrong, empty when the state was read or there is none.
-std::wstring ReadState(service::State& state) {
-  const std::wstring path = refhost::SuiteFolder() + L"\\" + service::StateFileName;
-  std::string text;
-  unsigned long error = 0;
-  const std::wstring failure = refhost::ReadJudgedFile(path, MaxStateBytes, text, &error);
-  if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) return {};
-  if (!failure.empty()) return path + failure;
-  state = service::StateIn(text);
-  return {};
-}
-
-/// The sooner of the next run and the next look at what is missing.
-Time NextWork(const service::State& state) {
-  return state.resume == 0 ? state.nextRun : std::min(state.nextRun, state.resume);
+  const auto query = [&](SC_HANDLE service) { return QueryServiceStatus(service, &status); };
+  const DWORD error = WithService(SERVICE_QUERY_STATUS, query);
+  if (error == ERROR_SERVICE_DOES_NOT_EXIST) return "not installed";
+  return WordOf(error == ERROR_SUCCESS ? status.dwCurrentState : 0);
 }
 
 /// For programs times are Unix milliseconds, as in the report.
@@ -93,7 +75,7 @@ void PrintJson(const Options& options, const service::State& state) {
   root["command"] = options.command;
   root["service"] = ServiceWord();
   root["waitsFor"] = state.waitsFor;
-  SetTime(root, "nextRun", NextWork(state));
+  SetTime(root, "nextRun", service::NextWork(state));
   if (state.lastRun.began != 0) {
     Json::Value& run = root["lastRun"];
     SetTime(run, "began", state.lastRun.began);
@@ -102,9 +84,7 @@ void PrintJson(const Options& options, const service::State& state) {
     if (state.lastRun.code != 0) run["cause"] = CauseIdOf(state.lastRun.code);
   }
   root["titles"] = TitlesOf(state);
-  if (const auto holder = refhost::InstallationLease::Holder()) {
-    root["lease"] = ZLT::String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder));
-  }
+  if (const std::string holder = HolderText(); !holder.empty()) root["lease"] = holder;
   PrintJsonLine(root);
 }
 
@@ -119,11 +99,10 @@ std::string LastRunText(const service::RunState& run) {
 
 void PrintText(const service::State& state) {
   std::string lines = "service:  " + ServiceWord() + "\nlast run: " + LastRunText(state.lastRun) +
-                      "\nnext run: " + TextOf(NextWork(state)) + "\n";
+                      "\nnext run: " + TextOf(service::NextWork(state)) + "\n";
   if (!state.waitsFor.empty()) lines += "waits for " + Printable(state.waitsFor) + "\n";
-  if (const auto holder = refhost::InstallationLease::Holder()) {
-    lines += "installs now: " +
-             ZLT::String::UTF16ToUTF8(refhost::InstallationLease::Description(*holder)) + "\n";
+  if (const std::string holder = HolderText(); !holder.empty()) {
+    lines += "installs now: " + Printable(holder) + "\n";
   }
   Table table({"TITLE", "NAME", "STATUS", "TRIED", "FAILURES", "CAUSE"});
   for (const Json::Value& title : TitlesOf(state)) {
@@ -142,12 +121,31 @@ void PrintText(const service::State& state) {
 }  // namespace
 
 int ServiceStatus(const Options& options) {
-  service::State state;
-  if (const std::wstring failure = ReadState(state); !failure.empty()) {
-    std::fprintf(stderr, "tolmarctl: %s: %s\n", options.command.c_str(),
-                 ZLT::String::UTF16ToUTF8(failure).c_str());
-    return ExitStatus::Usage;
-  }
+  std::string text;
+  const std::wstring failure =
+      refhost::ReadSuiteFile(service::StateFileName, service::MaxStateBytes, text);
+  if (!failure.empty()) return Complain(options, ZLT::String::UTF16ToUTF8(failure));
+  const service::State state = service::StateIn(text);
   options.json ? PrintJson(options, state) : PrintText(state);
+  return ExitStatus::Success;
+}
+
+int ServiceRun(const Options& options) {
+  SERVICE_STATUS status{};
+  const DWORD error = WithService(SERVICE_USER_DEFINED_CONTROL, [&](SC_HANDLE handle) {
+    return ControlService(handle, service::RunControl, &status);
+  });
+  if (error != ERROR_SUCCESS) {
+    const bool runs = error != ERROR_SERVICE_DOES_NOT_EXIST && error != ERROR_SERVICE_NOT_ACTIVE;
+    const std::string what = runs ? "cannot be asked" : "does not run";
+    return Complain(options, "the service " + what + ", error " + std::to_string(error));
+  }
+  Json::Value root;
+  root["command"] = options.command;
+  if (options.json) {
+    PrintJsonLine(root);
+  } else {
+    PrintLines("asked; tolmarctl service status tells what comes of it\n");
+  }
   return ExitStatus::Success;
 }

@@ -1,15 +1,18 @@
 #include "tools/tolmarhost/EventLog.h"
 
-#include <algorithm>
 #include <cstdio>
 
 #include "host/common/Text.h"
+#include "reference_host/base/OwnProgram.h"
 #include "reference_host/log/Redaction.h"
+#include "tools/common/ServiceState.h"
 
 namespace {
 
-constexpr const wchar_t* SourceKey =
-    L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\TolmarHost";
+std::wstring SourceKey() {
+  return std::wstring(L"SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\") +
+         service::ServiceName;
+}
 
 /// Longer ones the log does not take ("ReportEventW function": 31,839 characters).
 constexpr std::size_t MostCharacters = 8000;
@@ -33,12 +36,6 @@ std::wstring WithoutPlaces(const std::wstring& text) {
   return plain;
 }
 
-std::wstring OwnPath() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return path;
-}
-
 void Echo(DWORD message, const std::vector<const wchar_t*>& inserts) {
   std::vector<DWORD_PTR> arguments;
   for (const wchar_t* insert : inserts) arguments.push_back(reinterpret_cast<DWORD_PTR>(insert));
@@ -56,7 +53,8 @@ void Echo(DWORD message, const std::vector<const wchar_t*>& inserts) {
 
 }  // namespace
 
-EventLog::EventLog(bool echoes) : _source(RegisterEventSourceW(nullptr, Source)), _echoes(echoes) {}
+EventLog::EventLog(bool echoes)
+    : _source(RegisterEventSourceW(nullptr, service::ServiceName)), _echoes(echoes) {}
 
 EventLog::~EventLog() {
   if (_source != nullptr) DeregisterEventSource(_source);
@@ -77,24 +75,19 @@ void EventLog::Write(DWORD message, const std::vector<std::wstring>& texts) cons
 }
 
 LSTATUS EventLog::Register() {
-  const std::wstring path = OwnPath();
+  const std::wstring path = refhost::OwnProgram();
   constexpr DWORD Types = EVENTLOG_ERROR_TYPE | EVENTLOG_WARNING_TYPE | EVENTLOG_INFORMATION_TYPE;
-  HKEY key = nullptr;
-  LSTATUS status = RegCreateKeyExW(HKEY_LOCAL_MACHINE, SourceKey, 0, nullptr, 0,
-                                   KEY_SET_VALUE | KEY_WOW64_64KEY, nullptr, &key, nullptr);
+  const std::wstring key = SourceKey();
+  const LSTATUS status =
+      RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"EventMessageFile", REG_SZ, path.c_str(),
+                      static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
   if (status != ERROR_SUCCESS) return status;
-  status = RegSetValueExW(key, L"EventMessageFile", 0, REG_SZ,
-                          reinterpret_cast<const BYTE*>(path.c_str()),
-                          static_cast<DWORD>((path.size() + 1) * sizeof(wchar_t)));
-  if (status == ERROR_SUCCESS) {
-    status = RegSetValueExW(key, L"TypesSupported", 0, REG_DWORD,
-                            reinterpret_cast<const BYTE*>(&Types), sizeof Types);
-  }
-  RegCloseKey(key);
-  return status;
+  return RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"TypesSupported", REG_DWORD, &Types,
+                         sizeof Types);
 }
 
 LSTATUS EventLog::Unregister() {
-  const LSTATUS status = RegDeleteKeyExW(HKEY_LOCAL_MACHINE, SourceKey, KEY_WOW64_64KEY, 0);
+  const LSTATUS status =
+      RegDeleteKeyExW(HKEY_LOCAL_MACHINE, SourceKey().c_str(), KEY_WOW64_64KEY, 0);
   return status == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : status;
 }

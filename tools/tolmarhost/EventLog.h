@@ -5,13 +5,10 @@
 #include <string>
 #include <vector>
 
-/// The entries that the service writes to the system's event log; tools/tolmarhost/messages.mc has
-/// them. Any thread.
+/// The entries that the service writes to the system's application log, with its own name as their
+/// source; tools/tolmarhost/messages.mc has them. Any thread.
 class EventLog {
  public:
-  /// The source's name in the application log.
-  static constexpr const wchar_t* Source = L"TolmarHost";
-
   /// @param echoes in, true: each entry goes to standard output as well.
   explicit EventLog(bool echoes);
   ~EventLog();

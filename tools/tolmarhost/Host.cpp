@@ -18,7 +18,8 @@ std::string Endpoint(const refhost::Configuration& settings) {
 
 }  // namespace
 
-Host::Host(HANDLE stop, const EventLog& log) : _stop(stop), _log(log), _device(stop, log) {}
+Host::Host(HANDLE stop, HANDLE run, const EventLog& log)
+    : _stop(stop), _run(run), _log(log), _device(stop, log) {}
 
 void Host::Run() {
   while (!_device.IsStopping()) {
@@ -76,6 +77,7 @@ void Host::TellChange() {
 void Host::Sleep(service::Time until) {
   const service::Time left =
       std::clamp<service::Time>(until - _device.Now(), 0, LongestSleepSeconds);
-  const HANDLE either[] = {_stop, _policy.Changed()};
-  WaitForMultipleObjects(2, either, FALSE, static_cast<DWORD>(1000 * left));
+  const HANDLE any[] = {_stop, _run, _policy.Changed()};
+  const DWORD which = WaitForMultipleObjects(3, any, FALSE, static_cast<DWORD>(1000 * left));
+  if (which == WAIT_OBJECT_0 + 1 && _keeper) _keeper->RunNow();
 }

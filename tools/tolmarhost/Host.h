@@ -13,8 +13,9 @@
 /// What the service does while it runs, at a prompt too.
 class Host {
  public:
-  /// @param stop in, the event that ends it.
-  Host(HANDLE stop, const EventLog& log);
+  /// @param stop in, the event that ends it. @param run in, the event that asks for a run, which
+  /// the wait for it resets.
+  Host(HANDLE stop, HANDLE run, const EventLog& log);
 
   /// Works until the stop; blocks.
   void Run();
@@ -34,6 +35,7 @@ class Host {
   void Sleep(service::Time until);
 
   const HANDLE _stop;
+  const HANDLE _run;
   const EventLog& _log;
   WindowsDevice _device;
   std::optional<service::Keeper> _keeper;

@@ -1,8 +1,6 @@
 #include "tools/tolmarhost/Keeper.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <utility>
 
 #include "agent/ResultCodes.h"
@@ -15,6 +13,8 @@ namespace {
 
 /// What was missing so long ago is asked for anew before it is installed.
 constexpr Time MaxListAge = 900;
+/// Whoever works at the machine may ask for a run, as often as they like.
+constexpr Time LeastInterval = 60;
 
 std::string PartNumberOf(const Json::Value& title) { return TextIn(title, "l1FruPn"); }
 
@@ -23,14 +23,7 @@ std::string NameOf(const Json::Value& title) {
   return PartNumberOf(title) + (name.empty() ? "" : " (" + name + ")");
 }
 
-/// @return "Mon 22:05".
-std::string TextOf(const WallTime& time) {
-  constexpr std::array Days{"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
-  char text[32];
-  std::snprintf(text, sizeof text, "%s %02d:%02d", Days[static_cast<std::size_t>(time.day)],
-                time.minute / 60, time.minute % 60);
-  return text;
-}
+std::string TextOf(const WallTime& time) { return refhost::TextOfTime(time.day, time.minute); }
 
 bool IsInstalled(const Json::Value& title) { return TextIn(title, "status") == "installed"; }
 
@@ -83,6 +76,12 @@ void Keeper::RunSoon(const refhost::Configuration& settings) {
   Keep();
 }
 
+void Keeper::RunNow() {
+  const Time soonest = std::max(_device.Now(), _state.lastRun.began + LeastInterval);
+  _state.nextRun = std::min(_state.nextRun, soonest);
+  Keep();
+}
+
 Time Keeper::Work(const refhost::Configuration& settings) {
   _settings = &settings;
   const Time now = _device.Now();
@@ -90,9 +89,9 @@ Time Keeper::Work(const refhost::Configuration& settings) {
   if (_state.nextRun > now + ThePace().interval + ThePace().spread) RunSoon(settings);
   const bool isDue = now >= _state.nextRun;
   const bool isWoken = _state.resume != 0 && now >= _state.resume;
-  if (isDue || (isWoken && now - _asked > MaxListAge && MayInstall())) Ask();
+  if (isDue || (isWoken && now - _asked > MaxListAge && !LearnObstacle())) Ask();
   if (isDue || isWoken) InstallMissing();
-  return _state.resume == 0 ? _state.nextRun : std::min(_state.nextRun, _state.resume);
+  return NextWork(_state);
 }
 
 void Keeper::Ask() {
@@ -140,8 +139,9 @@ void Keeper::InstallMissing() {
   for (auto title = _missing.begin(); title != _missing.end() && !_device.IsStopping();) {
     if (!IsTurn(*title)) {
       ++title;
-    } else if (!MayInstall()) {
-      FetchMissing();
+    } else if (const auto obstacle = LearnObstacle()) {
+      const bool isOutside = obstacle->kind == Notice::Kind::OutsideWindow;
+      if (isOutside && _settings->downloadOutsideWindows) FetchMissing();
       break;
     } else {
       title = Install(*title) ? _missing.erase(title) : title + 1;
@@ -157,10 +157,6 @@ void Keeper::InstallMissing() {
 
 /// Only when it was asked for is anything known to be missing, so that is not long ago.
 void Keeper::FetchMissing() {
-  const bool isWindowOpen =
-      refhost::IsOpen(_settings->maintenanceWindows, _device.Wall(_device.Now()).day,
-                      _device.Wall(_device.Now()).minute);
-  if (isWindowOpen || !_settings->downloadOutsideWindows) return;
   for (const Json::Value& title : _missing) {
     if (_device.IsStopping()) return;
     if (IsTurn(title) && _fetched.insert(PartNumberOf(title)).second) _device.Fetch(title);
@@ -191,11 +187,11 @@ std::optional<Keeper::Obstacle> Keeper::FindObstacle() {
 }
 
 /// What stands in the way is told once.
-bool Keeper::MayInstall() {
-  const std::optional<Obstacle> obstacle = FindObstacle();
+std::optional<Keeper::Obstacle> Keeper::LearnObstacle() {
+  std::optional<Obstacle> obstacle = FindObstacle();
   if (!obstacle) {
     _told.clear();
-    return true;
+    return obstacle;
   }
   WakeAt(obstacle->again);
   const bool isProgram = obstacle->kind == Notice::Kind::Deferred;
@@ -203,7 +199,7 @@ bool Keeper::MayInstall() {
   const bool isNew = _told != _state.waitsFor;
   _told = _state.waitsFor;
   if (isNew) _device.Tell({obstacle->kind, "", 0, "", obstacle->why});
-  return false;
+  return obstacle;
 }
 
 const std::string& Keeper::VersionOf(const Json::Value& title) {

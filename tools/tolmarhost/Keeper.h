@@ -29,6 +29,9 @@ class Keeper {
   /// Lets the next run come within the spread: what the device goes by has changed.
   void RunSoon(const refhost::Configuration& settings);
 
+  /// Lets the next run come now, or a minute behind the last one's begin.
+  void RunNow();
+
   /// Looks at once at what is missing: what kept it from being installed may have changed.
   void LookAgain();
 
@@ -47,8 +50,8 @@ class Keeper {
   void Sort(const Json::Value& titles);
   void InstallMissing();
   void FetchMissing();
-  bool MayInstall();
   std::optional<Obstacle> FindObstacle();
+  std::optional<Obstacle> LearnObstacle();
   bool IsTurn(const Json::Value& title);
   bool Install(Json::Value& title);
   void LearnFailure(const Json::Value& title, TitleState& state);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/common/Text.h"
+#include "reference_host/base/Handle.h"
 #include "reference_host/download/DataRemoval.h"
 #include "tools/common/Arguments.h"
 #include "tools/common/CancelWatch.h"
@@ -66,7 +67,8 @@ int RunAtPrompt(const Options& options) {
   const Console console;
   const CancelWatch watch(0);
   const EventLog log(true);
-  if (!Serve(watch.Event(), log, [](DWORD) {})) EndHard();
+  const refhost::Handle never(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+  if (!Serve(watch.Event(), never.Get(), log, [](DWORD) {})) EndHard();
   return 0;
 }
 
@@ -80,7 +82,7 @@ int Run(const Options& options) {
     return Tell(left.empty() ? left : L"left over: " + left);
   }
   if (options.console) return RunAtPrompt(options);
-  if (RunAsService() == 0) return 0;
+  if (RunAsService()) return 0;
   std::fputs("TolmarHost: a service is started by the service manager; --console works here\n",
              stderr);
   return Usage;

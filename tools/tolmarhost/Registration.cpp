@@ -2,7 +2,10 @@
 
 #include <filesystem>
 
+#include "reference_host/base/OwnProgram.h"
 #include "reference_host/configuration/ConfigurationFile.h"
+#include "tools/common/ServiceHandle.h"
+#include "tools/common/ServiceState.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/StopBound.h"
 
@@ -13,49 +16,30 @@ namespace {
 constexpr const wchar_t* DisplayName = L"Tolmar software delivery";
 constexpr DWORD MinuteMs = 60 * 1000;
 constexpr DWORD DaySeconds = 24 * 60 * 60;
-constexpr DWORD StopPatienceMs = 30 * 1000;
+/// Behind the bound of a stop, for the service to tell that it was cut.
+constexpr DWORD RoomMs = 10 * 1000;
 constexpr DWORD LookMs = 100;
-
-/// Closes what the service manager has opened.
-class Opened {
- public:
-  explicit Opened(SC_HANDLE handle) : _handle(handle) {}
-  ~Opened() {
-    if (_handle != nullptr) CloseServiceHandle(_handle);
-  }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
-  SC_HANDLE Get() const { return _handle; }
-
- private:
-  SC_HANDLE _handle;
-};
 
 std::wstring Failure(const wchar_t* what, DWORD error) {
   return what + std::wstring(L", error ") + std::to_wstring(error);
 }
 
-/// In quotation marks: a path with a blank would name another program as well.
-std::wstring CommandLine() {
-  std::wstring path(32768, L'\0');
-  path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-  return L"\"" + path + L"\"";
-}
-
-SC_HANDLE CreateOrChange(SC_HANDLE manager) {
-  const std::wstring line = CommandLine();
-  SC_HANDLE created =
-      CreateServiceW(manager, ServiceName, DisplayName, SERVICE_ALL_ACCESS,
-                     SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START, SERVICE_ERROR_NORMAL,
-                     line.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr);
-  if (created != nullptr || GetLastError() != ERROR_SERVICE_EXISTS) return created;
-  created = OpenServiceW(manager, ServiceName, SERVICE_ALL_ACCESS);
-  if (created != nullptr) {
-    ChangeServiceConfigW(created, SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START,
-                         SERVICE_ERROR_NORMAL, line.c_str(), nullptr, nullptr, nullptr, nullptr,
-                         nullptr, DisplayName);
-  }
-  return created;
+/// @return ERROR_SUCCESS or the system's error.
+DWORD CreateOrChange(SC_HANDLE manager, ServiceHandle& service) {
+  // In quotation marks: a path with a blank would name another program as well.
+  const std::wstring line = L"\"" + refhost::OwnProgram() + L"\"";
+  service = ServiceHandle(CreateServiceW(manager, service::ServiceName, DisplayName,
+                                         SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS,
+                                         SERVICE_AUTO_START, SERVICE_ERROR_NORMAL, line.c_str(),
+                                         nullptr, nullptr, nullptr, nullptr, nullptr));
+  if (service) return ERROR_SUCCESS;
+  if (GetLastError() != ERROR_SERVICE_EXISTS) return GetLastError();
+  service = ServiceHandle(OpenServiceW(manager, service::ServiceName, SERVICE_ALL_ACCESS));
+  const bool isChanged =
+      service && ChangeServiceConfigW(service.Get(), SERVICE_WIN32_OWN_PROCESS, SERVICE_AUTO_START,
+                                      SERVICE_ERROR_NORMAL, line.c_str(), nullptr, nullptr, nullptr,
+                                      nullptr, nullptr, DisplayName);
+  return isChanged ? ERROR_SUCCESS : GetLastError();
 }
 
 /// In full: the service has another working folder.
@@ -92,23 +76,28 @@ std::wstring ApplyTo(SC_HANDLE service) {
   return refused;
 }
 
+/// Blocks as long as a stop takes, also one that somebody else has asked for: the service's last
+/// entry in the event log wants its source.
 void Stop(SC_HANDLE service) {
+  const DWORD patience = service::StopBoundMs(refhost::Settings()) + RoomMs;
   SERVICE_STATUS status{};
-  if (!ControlService(service, SERVICE_CONTROL_STOP, &status)) return;
-  for (DWORD waited = 0; status.dwCurrentState != SERVICE_STOPPED && waited < StopPatienceMs;
-       waited += LookMs) {
-    ::Sleep(LookMs);
+  ControlService(service, SERVICE_CONTROL_STOP, &status);
+  for (DWORD waited = 0; waited < patience; waited += LookMs) {
     if (!QueryServiceStatus(service, &status)) return;
+    if (status.dwCurrentState != SERVICE_STOP_PENDING) return;
+    ::Sleep(LookMs);
   }
 }
 
 }  // namespace
 
 std::wstring Install(const std::wstring& configuration) {
-  const Opened manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
-  if (manager.Get() == nullptr) return Failure(L"the service manager refuses it", GetLastError());
-  const Opened service(CreateOrChange(manager.Get()));
-  if (service.Get() == nullptr) return Failure(L"the service is not made", GetLastError());
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
+  if (!manager) return Failure(L"the service manager refuses it", GetLastError());
+  ServiceHandle service;
+  if (const DWORD error = CreateOrChange(manager.Get(), service); error != ERROR_SUCCESS) {
+    return Failure(L"the service is not made", error);
+  }
   // The service tries again itself, at each start.
   ApplyTo(service.Get());
   if (const LSTATUS status = EventLog::Register(); status != ERROR_SUCCESS) {
@@ -121,10 +110,11 @@ std::wstring Install(const std::wstring& configuration) {
 }
 
 std::wstring Uninstall() {
-  const Opened manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
-  if (manager.Get() == nullptr) return Failure(L"the service manager refuses it", GetLastError());
-  const Opened service(OpenServiceW(manager.Get(), ServiceName, SERVICE_ALL_ACCESS));
-  if (service.Get() == nullptr) return Failure(L"there is no such service", GetLastError());
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_ALL_ACCESS));
+  if (!manager) return Failure(L"the service manager refuses it", GetLastError());
+  const ServiceHandle service(
+      OpenServiceW(manager.Get(), service::ServiceName, SERVICE_ALL_ACCESS));
+  if (!service) return Failure(L"there is no such service", GetLastError());
   Stop(service.Get());
   if (!DeleteService(service.Get())) {
     return Failure(L"the service is not deleted", GetLastError());
@@ -136,12 +126,11 @@ std::wstring Uninstall() {
 }
 
 std::wstring ApplySettings() {
-  const Opened manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
-  const Opened service(
-      manager.Get() == nullptr
-          ? nullptr
-          : OpenServiceW(manager.Get(), ServiceName, SERVICE_CHANGE_CONFIG | SERVICE_START));
-  if (service.Get() == nullptr) return Failure(L"the service is not found", GetLastError());
+  const ServiceHandle manager(OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT));
+  const ServiceHandle service(manager ? OpenServiceW(manager.Get(), service::ServiceName,
+                                                     SERVICE_CHANGE_CONFIG | SERVICE_START)
+                                      : nullptr);
+  if (!service) return Failure(L"the service is not found", GetLastError());
   return ApplyTo(service.Get());
 }
 

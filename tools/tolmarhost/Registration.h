@@ -7,8 +7,6 @@
 /// The service as the system's service manager has it.
 namespace registration {
 
-inline constexpr const wchar_t* ServiceName = L"TolmarHost";
-
 /// Registers this program as the service, with its settings and its source of the event log; one
 /// that is registered already is set anew.
 /// @param configuration in, the configuration file to write into the machine's registry; empty: it

@@ -8,6 +8,7 @@
 
 #include "host/common/Log.h"
 #include "reference_host/base/Handle.h"
+#include "tools/common/ServiceState.h"
 #include "tools/tolmarhost/EventLog.h"
 #include "tools/tolmarhost/Registration.h"
 #include "tools/tolmarhost/Serve.h"
@@ -54,6 +55,7 @@ class Status {
 struct TheService {
   Status status;
   const refhost::Handle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  const refhost::Handle run{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
 };
 
 TheService& Instance() {
@@ -67,6 +69,9 @@ DWORD WINAPI OnControl(DWORD control, DWORD, void*, void*) {
     case SERVICE_CONTROL_PRESHUTDOWN:
       Instance().status.Stopping(FirstHintMs);
       SetEvent(Instance().stop.Get());
+      return NO_ERROR;
+    case service::RunControl:
+      SetEvent(Instance().run.Get());
       return NO_ERROR;
     case SERVICE_CONTROL_INTERROGATE:
       return NO_ERROR;
@@ -87,22 +92,22 @@ void ApplySettings() {
 void WINAPI ServiceMain(DWORD, wchar_t**) {
   TheService& service = Instance();
   const SERVICE_STATUS_HANDLE handle =
-      RegisterServiceCtrlHandlerExW(registration::ServiceName, OnControl, nullptr);
+      RegisterServiceCtrlHandlerExW(service::ServiceName, OnControl, nullptr);
   if (handle == nullptr) return;
   service.status.Open(handle);
   service.status.Running();
   ApplySettings();
   const EventLog log(false);
-  const bool isClean =
-      Serve(service.stop.Get(), log, [&service](DWORD leftMs) { service.status.Stopping(leftMs); });
+  const bool isClean = Serve(service.stop.Get(), service.run.Get(), log,
+                             [&service](DWORD leftMs) { service.status.Stopping(leftMs); });
   service.status.Stopped();
   if (!isClean) EndHard();
 }
 
 }  // namespace
 
-int RunAsService() {
-  std::wstring name = registration::ServiceName;
+bool RunAsService() {
+  std::wstring name = service::ServiceName;
   const SERVICE_TABLE_ENTRYW table[] = {{name.data(), ServiceMain}, {nullptr, nullptr}};
-  return StartServiceCtrlDispatcherW(table) ? 0 : 2;
+  return StartServiceCtrlDispatcherW(table) != 0;
 }

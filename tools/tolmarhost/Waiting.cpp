@@ -11,6 +11,7 @@
 #include "host/common/Text.h"
 #include "host/common/Utility.h"
 #include "host/session/Tessary.h"
+#include "reference_host/configuration/Folders.h"
 #include "reference_host/log/Event.h"
 #include "tools/common/Titles.h"
 #include "tools/tolmarhost/Passing.h"
@@ -28,13 +29,11 @@ constexpr long NormalPriority = 2;
 
 std::wstring DownloadFolder() { return ZLT::utility::GetZltKivDownloadPath(); }
 
-std::wstring Folder() { return DownloadFolder() + L".waiting"; }
-
 /// A part number may hold anything. @return a folder's name made of it.
 std::wstring FolderOf(const Json::Value& title) {
   Json::Value named;
   named["fileList"].append(title["l1FruPn"]);
-  return Folder() + L"\\" + String::UTF8ToUTF16(service::VersionOfLists({named}));
+  return refhost::WaitingFolder() + L"\\" + String::UTF8ToUTF16(service::VersionOfLists({named}));
 }
 
 bool IsScript(const std::string& name) {
@@ -131,8 +130,9 @@ void Return(const Json::Value& title, const std::string& version) {
 }
 
 void Clear() {
-  if (GetFileAttributesW(Folder().c_str()) == INVALID_FILE_ATTRIBUTES) return;
-  FileSystem::deleteDirectoryOrFile(Folder(), true);
+  const std::wstring folder = refhost::WaitingFolder();
+  if (GetFileAttributesW(folder.c_str()) == INVALID_FILE_ATTRIBUTES) return;
+  FileSystem::deleteDirectoryOrFile(folder, true);
 }
 
 }  // namespace waiting

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-/// Packages that were fetched before their title may be installed: in a folder beside the download
-/// folder, with ".waiting" behind its name, since the agent deletes the download folder behind each
-/// title. Signatures are checked when a title is installed. One thread.
+/// Packages that were fetched before their title may be installed: in a folder of their own (see
+/// `WaitingFolder`), since the agent deletes the download folder behind each title. Signatures are
+/// checked when a title is installed. One thread.
 namespace waiting {
 
 /// Fetches the packages of a title; blocks. Check scripts are always fetched anew.

@@ -8,7 +8,6 @@
 #include "agent/TolmarAgent.h"
 #include "host/common/Log.h"
 #include "host/common/Text.h"
-#include "reference_host/files/ProgramData.h"
 #include "reference_host/files/SuiteFile.h"
 #include "tools/common/AgentControl.h"
 #include "tools/common/Installation.h"
@@ -23,7 +22,6 @@ using ZLT::String;
 
 namespace {
 
-constexpr std::size_t MaxStateBytes = 16 << 20;
 /// So often it is looked how far a title is that must not be begun any more, and what time it is:
 /// the machine may sleep, and its clock be set.
 constexpr Time LookMs = 500;
@@ -185,11 +183,8 @@ void WindowsDevice::Keep(const service::State& state) {
 
 service::State KeptState() {
   std::string text;
-  const std::wstring path = refhost::SuiteFolder() + L"\\" + service::StateFileName;
-  unsigned long error = 0;
-  const std::wstring failure = refhost::ReadJudgedFile(path, MaxStateBytes, text, &error);
-  if (!failure.empty() && error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND) {
-    ZLT::g_log.e(L"TolmarHost: begun anew, %s%s", path.c_str(), failure.c_str());
-  }
+  const std::wstring failure =
+      refhost::ReadSuiteFile(service::StateFileName, service::MaxStateBytes, text);
+  if (!failure.empty()) ZLT::g_log.e(L"TolmarHost: begun anew, %s", failure.c_str());
   return service::StateIn(text);
 }

@@ -1,6 +1,7 @@
 #include "tools/cloudsim/drive/Device.h"
 
 #include <algorithm>
+#include <exception>
 #include <random>
 #include <utility>
 
@@ -12,7 +13,7 @@ namespace {
 
 constexpr int MaxRetries = 3;
 constexpr time_t TimeoutSeconds = 30;  ///< the reference host's
-constexpr const char* JsonMediaType = "application/json";
+constexpr const char* NotAsDescribed = "refused or not as described";
 
 /// Splits an absolute URL behind its host and port.
 std::pair<std::string, std::string> Split(const std::string& url) {
@@ -55,7 +56,7 @@ Device::Device(const Target& target, std::string id) : _target(target), _id(std:
   _steps.push_back({Kind::Entitlement, own});
 }
 
-std::optional<double> Device::Play(Figures& figures) {
+std::optional<Device::Clock::duration> Device::Play(Figures& figures) {
   while (!_steps.empty()) {
     const Step step = _steps.front();
     if (step.isTitle) {
@@ -79,11 +80,11 @@ std::optional<double> Device::Play(Figures& figures) {
   return std::nullopt;
 }
 
-double Device::Wait(Outcome outcome) {
+Device::Clock::duration Device::Wait(Outcome outcome) {
   const bool isRefused = outcome == Outcome::Refused;  // The windows are the agent's.
-  const unsigned int milliseconds = refhost::RetryWaitMilliseconds(
-      _retries++, isRefused ? 2 : 60, isRefused ? 900 : 1800, Random());
-  return _target.waitScale * milliseconds / 1000.0;
+  const std::chrono::milliseconds wait(refhost::RetryWaitMilliseconds(
+      _retries++, isRefused ? 2 : 60, isRefused ? 900 : 1800, Random()));
+  return std::chrono::duration_cast<Clock::duration>(_target.waitScale * wait);
 }
 
 httplib::Client& Device::ClientFor(const std::string& origin) {
@@ -102,9 +103,14 @@ httplib::Client& Device::ClientFor(const std::string& origin) {
 Device::Outcome Device::Perform(const Step& step, Figures& figures) {
   const bool isFile = step.kind == Kind::File || step.kind == Kind::AskForFile;
   if (!isFile && !HasToken(figures)) return Outcome::Lost;
-  Sample sample{step.kind, Figures::Clock::now(), {}, ""};
-  Outcome outcome = isFile ? Fetch(step, sample) : Ask(step, sample);
-  if (sample.end == Figures::Clock::time_point()) sample.end = Figures::Clock::now();
+  Sample sample{step.kind, Clock::now(), {}, ""};
+  Outcome outcome = Outcome::Refused;
+  try {
+    outcome = isFile ? Fetch(step, sample) : Ask(step, sample);
+  } catch (const std::exception&) {  // A member of another kind, or an address that is none.
+    sample.error = NotAsDescribed;
+  }
+  if (sample.end == Clock::time_point()) sample.end = Clock::now();
   figures.Add(sample);
   return outcome;
 }
@@ -115,9 +121,9 @@ bool Device::HasToken(Figures& figures) {
   Json::Value body;
   body["sessionToken"] = _target.sessionToken;
   const auto [origin, path] = Split(_target.tokenUrl);
-  Sample sample{Kind::Token, Figures::Clock::now(), {}, ""};
+  Sample sample{Kind::Token, Clock::now(), {}, ""};
   const httplib::Result reply = ClientFor(origin).Post(path, CompactText(body), JsonMediaType);
-  sample.end = Figures::Clock::now();
+  sample.end = Clock::now();
   Json::Value grant;
   const bool isGiven = reply && reply->status == 200 && ParseStrict(reply->body, grant).empty() &&
                        grant.isObject() && grant["jwt"].isString();
@@ -135,7 +141,7 @@ Device::Outcome Device::Ask(const Step& step, Sample& sample) {
   const auto [origin, path] = Split(_target.base + "/mp/zlt/v2/" + type + "?deviceId=" + _id);
   const httplib::Result reply =
       ClientFor(origin).Post(path, {{"token", _token}}, CompactText(body), JsonMediaType);
-  sample.end = Figures::Clock::now();
+  sample.end = Clock::now();
   if (!reply || (reply->status != 200 && reply->status != 201)) {
     sample.error = ErrorOf(reply);
     return IsTransient(reply) ? Outcome::Transient : Outcome::Lost;
@@ -145,7 +151,7 @@ Device::Outcome Device::Ask(const Step& step, Sample& sample) {
   const bool isAnswer = ParseStrict(reply->body, answer).empty() && answer.isObject() &&
                         answer["result"].isObject() && answer["result"]["code"] == 0;
   if (isAnswer) Follow(step, answer["result"]);
-  if (!isAnswer) sample.error = "refused or not as described";
+  if (!isAnswer) sample.error = NotAsDescribed;
   return isAnswer ? Outcome::Answered : Outcome::Refused;
 }
 
@@ -178,6 +184,10 @@ void Device::ExpandTitle(const Step& title) {
   auto place = _steps.begin();
   if (!title.parameters.isObject() || !title.parameters["moduleList"].isArray()) return;
   for (const Json::Value& module : title.parameters["moduleList"]) {
+    if (!module.isObject()) {
+      _hasAll = false;
+      continue;
+    }
     Json::Value parameters = With({}, {{"deviceId", _id},
                                        {"l1FruPn", title.parameters["l1FruPn"]},
                                        {"moduleFruPn", module["moduleFruPn"]}});

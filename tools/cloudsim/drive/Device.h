@@ -28,10 +28,12 @@ struct Target {
 /// after the agent's waits. One thread at a time.
 class Device {
  public:
+  using Clock = Figures::Clock;
+
   Device(const Target& target, std::string id);
 
-  /// Plays on. @return the seconds to wait before the next call; nothing at the end.
-  std::optional<double> Play(Figures& figures);
+  /// Plays on. @return how long to wait before the next call; nothing at the end.
+  std::optional<Clock::duration> Play(Figures& figures);
 
   /// @return whether every query was answered and every file came whole.
   bool HasAll() const { return _hasAll; }
@@ -56,7 +58,7 @@ class Device {
   void ExpandTitle(const Step& title);
   void ExpandModule(const Step& question, const Json::Value& files);
   bool HasToken(Figures& figures);
-  double Wait(Outcome outcome);
+  Clock::duration Wait(Outcome outcome);
 
   const Target& _target;
   std::string _id;

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "tools/cloudsim/drive/Device.h"
+#include "tools/common/CommandLine.h"
 
 namespace cloudsim {
 namespace {
@@ -31,11 +32,7 @@ struct Options {
 /// Whose turn it is. Any thread.
 class Turns {
  public:
-  struct Turn {
-    Clock::time_point due;
-    std::size_t device;
-    bool operator>(const Turn& other) const { return due > other.due; }
-  };
+  using Turn = std::pair<Clock::time_point, std::size_t>;  ///< when it is, and whose
 
   /// @param devices in, how many have to end.
   explicit Turns(std::size_t devices) : _left(devices) {}
@@ -57,8 +54,8 @@ class Turns {
     while (_left > 0) {
       if (_queue.empty()) {
         _changed.wait(lock);
-      } else if (_queue.top().due > Clock::now()) {
-        _changed.wait_until(lock, Clock::time_point(_queue.top().due));
+      } else if (_queue.top().first > Clock::now()) {
+        _changed.wait_until(lock, Clock::time_point(_queue.top().first));
       } else {
         const Turn turn = _queue.top();
         _queue.pop();
@@ -75,17 +72,16 @@ class Turns {
   std::size_t _left;
 };
 
-/// One thread's share: plays whoever's turn it is until all have ended.
+/// What each thread does: plays whoever's turn it is until all have ended.
 void Work(std::deque<Device>& devices, Turns& turns, Figures& figures) {
   while (const std::optional<Turns::Turn> turn = turns.Next()) {
-    figures.AddDelay(Clock::now() - turn->due);
-    const std::optional<double> wait = devices[turn->device].Play(figures);
-    if (!wait) {
+    const auto& [due, device] = *turn;
+    figures.AddDelay(Clock::now() - due);
+    if (const std::optional<Clock::duration> wait = devices[device].Play(figures)) {
+      turns.Add({Clock::now() + *wait, device});
+    } else {
       turns.End();
-      continue;
     }
-    const std::chrono::duration<double> seconds(*wait);
-    turns.Add({Clock::now() + std::chrono::duration_cast<Clock::duration>(seconds), turn->device});
   }
 }
 
@@ -99,18 +95,16 @@ Json::Value Run(const Options& options) {
         options.rate > 0 ? static_cast<double>(i) / options.rate : 0);
     turns.Add({start + std::chrono::duration_cast<Clock::duration>(after), i});
   }
-  std::vector<Figures> shares(static_cast<std::size_t>(options.workers), Figures(start));
+  Figures figures(start);
   {
     std::vector<std::jthread> workers;
-    workers.reserve(shares.size());
-    for (Figures& share : shares) {
-      workers.emplace_back([&] { Work(devices, turns, share); });
+    workers.reserve(static_cast<std::size_t>(options.workers));
+    for (int i = 0; i < options.workers; ++i) {
+      workers.emplace_back([&] { Work(devices, turns, figures); });
     }
   }
   const double seconds = std::chrono::duration<double>(Clock::now() - start).count();
-  Figures all(start);
-  for (const Figures& share : shares) all.Merge(share);
-  Json::Value document = all.ToJson(seconds);
+  Json::Value document = figures.ToJson(seconds);
   document["devices"] = options.devices;
   document["complete"] = static_cast<Json::Int64>(std::count_if(
       devices.begin(), devices.end(), [](const Device& device) { return device.HasAll(); }));
@@ -138,15 +132,23 @@ void Print(const Json::Value& document) {
   }
 }
 
-void Write(const std::string& fileName, const Json::Value& document) {
+void Write(std::ostream& file, const Json::Value& document) {
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["precision"] = 6;
-  std::ofstream(fileName) << Json::writeString(builder, document) << "\n";
+  file << Json::writeString(builder, document) << std::endl;
+}
+
+/// @return what is wrong with it: each device would find that out for itself.
+std::string FlawOfUrl(const std::string& url) {
+  const bool isGood = url.starts_with("https://") || url.starts_with("http://");
+  return isGood ? "" : url + " does not begin with https:// or http://";
 }
 
 void AddAll(CLI::App& app, Options& options) {
-  app.add_option("url", options.target.base, "base URL of the service")->required();
+  app.add_option("url", options.target.base, "base URL of the service")
+      ->required()
+      ->check(FlawOfUrl);
   app.add_option("--devices", options.devices, "how many devices")
       ->check(CLI::Range(1, 10'000'000))
       ->capture_default_str();
@@ -157,7 +159,7 @@ void AddAll(CLI::App& app, Options& options) {
       ->check(CLI::Range(1, 1000))
       ->capture_default_str();
   app.add_option("--prefix", options.prefix, "of the devices' names")->capture_default_str();
-  app.add_option("--token-url", options.target.tokenUrl, "default: URL/token");
+  app.add_option("--token-url", options.target.tokenUrl, "default: URL/token")->check(FlawOfUrl);
   app.add_option("--ca", options.target.authority, "roots to trust, PEM; default: the system's")
       ->check(CLI::ExistingFile);
   app.add_option("--wait-scale", options.target.waitScale,
@@ -177,11 +179,7 @@ int Drive(int argc, char** argv) {
       "cloudsim drive");
   Options options;
   AddAll(app, options);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? EXIT_SUCCESS : ExitUsage;
-  }
+  if (const auto status = EndOfParsing(app, argc, argv)) return *status;
   const char* token = std::getenv("TOLMAR_SESSION_TOKEN");
   if (token == nullptr) {
     std::fputs("cloudsim drive: the environment has no TOLMAR_SESSION_TOKEN\n", stderr);
@@ -189,10 +187,19 @@ int Drive(int argc, char** argv) {
   }
   options.target.sessionToken = token;
   if (options.target.tokenUrl.empty()) options.target.tokenUrl = options.target.base + "/token";
+  std::ofstream file;
+  if (!options.json.empty()) file.open(options.json);
+  if (!file) {
+    std::fprintf(stderr, "cloudsim drive: %s: cannot be written\n", options.json.c_str());
+    return ExitUsage;
+  }
   const Json::Value document = Run(options);
   Print(document);
-  if (!options.json.empty()) Write(options.json, document);
-  return document["complete"] == document["devices"] ? EXIT_SUCCESS : EXIT_FAILURE;
+  if (file.is_open()) Write(file, document);
+  if (!file) {
+    std::fprintf(stderr, "cloudsim drive: %s: was not written whole\n", options.json.c_str());
+  }
+  return file && document["complete"] == document["devices"] ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 }  // namespace cloudsim

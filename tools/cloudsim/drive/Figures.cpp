@@ -26,14 +26,10 @@ Json::Value Quantiles(std::vector<float> values) {
   return entry;
 }
 
-template <class T>
-void Append(std::vector<T>& to, const std::vector<T>& from) {
-  to.insert(to.end(), from.begin(), from.end());
-}
-
 }  // namespace
 
 void Figures::Add(const Sample& sample) {
+  const std::scoped_lock lock(_mutex);
   Row& row = _rows[static_cast<std::size_t>(sample.kind)];
   row.milliseconds.push_back(Milliseconds(sample.end - sample.begin));
   _bytes += sample.bytes;
@@ -46,21 +42,13 @@ void Figures::Add(const Sample& sample) {
   ++_errors[KindNames[static_cast<std::size_t>(sample.kind)] + (": " + sample.error)];
 }
 
-void Figures::AddDelay(Clock::duration delay) { _delays.push_back(Milliseconds(delay)); }
-
-void Figures::Merge(const Figures& other) {
-  for (std::size_t i = 0; i < _rows.size(); ++i) {
-    Append(_rows[i].milliseconds, other._rows[i].milliseconds);
-    _rows[i].errors += other._rows[i].errors;
-  }
-  Append(_delays, other._delays);
-  _perSecond.resize(std::max(_perSecond.size(), other._perSecond.size()));
-  for (std::size_t i = 0; i < other._perSecond.size(); ++i) _perSecond[i] += other._perSecond[i];
-  for (const auto& [error, count] : other._errors) _errors[error] += count;
-  _bytes += other._bytes;
+void Figures::AddDelay(Clock::duration delay) {
+  const std::scoped_lock lock(_mutex);
+  _delays.push_back(Milliseconds(delay));
 }
 
 Json::Value Figures::ToJson(double seconds) const {
+  const std::scoped_lock lock(_mutex);
   Json::Value document;
   std::uint64_t requests = 0;
   document["kinds"] = Json::arrayValue;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -36,7 +37,7 @@ struct Sample {
   std::uint64_t bytes = 0;  ///< of the reply's body
 };
 
-/// What many requests came to. One thread.
+/// What many requests came to. Any thread.
 class Figures {
  public:
   using Clock = std::chrono::steady_clock;
@@ -48,7 +49,6 @@ class Figures {
 
   /// A device got its turn so long after its time.
   void AddDelay(Clock::duration delay);
-  void Merge(const Figures& other);
 
   /// @return requests, errors and quantiles by kind, and the sums. @param seconds in, that it took.
   Json::Value ToJson(double seconds) const;
@@ -59,6 +59,7 @@ class Figures {
     std::uint64_t errors = 0;
   };
 
+  mutable std::mutex _mutex;
   Clock::time_point _start;
   std::array<Row, KindNames.size()> _rows;
   std::vector<float> _delays;  ///< milliseconds
