@@ -64,7 +64,7 @@ std::wstring ForgetToken() {
 std::wstring ReadKeptToken(std::string& token) {
   std::string bytes;
   unsigned long error = 0;
-  const std::wstring failure = ReadSuiteFile(FileName, MaxFileBytes, bytes, &error);
+  std::wstring failure = ReadSuiteFile(FileName, MaxFileBytes, bytes, &error);
   // A host without high rights has no part in it.
   if (error == ERROR_ACCESS_DENIED) return {};
   if (error != ERROR_SUCCESS || !failure.empty()) return failure;

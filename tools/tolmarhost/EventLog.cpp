@@ -38,6 +38,7 @@ std::wstring WithoutPlaces(const std::wstring& text) {
 
 void Echo(DWORD message, const std::vector<const wchar_t*>& inserts) {
   std::vector<DWORD_PTR> arguments;
+  arguments.reserve(inserts.size());
   for (const wchar_t* insert : inserts) arguments.push_back(reinterpret_cast<DWORD_PTR>(insert));
   wchar_t* text = nullptr;
   const DWORD flags =
@@ -62,10 +63,12 @@ EventLog::~EventLog() {
 
 void EventLog::Write(DWORD message, const std::vector<std::wstring>& texts) const {
   std::vector<std::wstring> shown;
+  shown.reserve(texts.size());
   for (const std::wstring& text : texts) {
     shown.push_back(WithoutPlaces(refhost::WithoutSecrets(text.substr(0, MostCharacters))));
   }
   std::vector<const wchar_t*> inserts;
+  inserts.reserve(shown.size());
   for (const std::wstring& text : shown) inserts.push_back(text.c_str());
   if (_source != nullptr) {
     ReportEventW(_source, TypeOf(message), 0, message, nullptr, static_cast<WORD>(inserts.size()),

@@ -78,7 +78,8 @@ void MoveFiles(const std::wstring& from, const std::wstring& to) {
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(from, error)) {
     const std::wstring name = entry.path().filename().wstring();
-    if (!MoveFileExW(entry.path().c_str(), (to + L"\\" + name).c_str(), MOVEFILE_REPLACE_EXISTING))
+    const fs::path place = fs::path(to) / name;
+    if (!MoveFileExW(entry.path().c_str(), place.c_str(), MOVEFILE_REPLACE_EXISTING))
       ZLT::g_log.e(L"TolmarHost: %s is not moved, error %u", name.c_str(), GetLastError());
   }
 }

@@ -25,7 +25,7 @@ namespace {
 /// So often it is looked how far a title is that must not be begun any more, and what time it is:
 /// the machine may sleep, and its clock be set.
 constexpr Time LookMs = 500;
-constexpr Time LongestWaitMs = 60 * 1000;
+constexpr Time LongestWaitMs = 60'000;
 
 bool IsSignalled(HANDLE event, DWORD milliseconds = 0) {
   return WaitForSingleObject(event, milliseconds) != WAIT_TIMEOUT;
