@@ -114,10 +114,11 @@ Json::Value ToJson(const Fault& fault) {
   value["on"] = fault.on;
   if (fault.call != 0) value["call"] = fault.call;
   if (fault.count != 1) value["count"] = fault.count;
-  Json::Value& kind = value[NameOf(fault.kind)] = "";
+  Json::Value kind("");
   if (const KindRow* row = RowOf(fault.kind)) {
     kind = row->isFlag ? Json::Value(true) : Json::Value(Json::Int64{fault.value});
   }
+  value[NameOf(fault.kind)] = std::move(kind);
   return value;
 }
 
