@@ -44,8 +44,8 @@ std::vector<std::wstring> Belongings(bool logsToo) {
     return paths;
   }
   for (const std::wstring& entry : EntriesOf(SuiteFolder())) {
-    const bool isLogs = IsBelow(DefaultLogFolder() + L"\\", entry);
-    if (!isLogs && !IsIn(paths, entry)) paths.push_back(entry);
+    const bool hasLogs = IsIn({entry}, LogFolder()) || IsIn({entry}, DefaultLogFolder());
+    if (!hasLogs && !IsIn(paths, entry)) paths.push_back(entry);
   }
   return paths;
 }

@@ -246,7 +246,7 @@ RunResult Lab::RunWithInput(const std::string& line, const std::string& argument
 
 std::string Lab::Wine(const std::string& command) const {
   std::string output;
-  Shell("timeout 60 wine " + command + " 2>&1 </dev/null", output);
+  if (Shell("timeout 60 wine " + command + " 2>&1 </dev/null", output) == 124) output += "no end";
   return output;
 }
 

@@ -228,6 +228,10 @@ TEST(Service, FetchesOutsideOfItsWindowsAndInstallsWhenNothingStandsInTheWay) {
   service.AskToStop();
   ASSERT_TRUE(Reaches([&] { return service.Is("STOPPED"); }, 10));
   std::filesystem::create_directories(waiting / "title");
+  const auto logs = lab.DriveC() / "ProgramData" / "Tolmar" / "Protocol" / "ours";
+  std::filesystem::create_directories(logs);
+  lab.Policy("logFolder", "REG_SZ", "C:\\ProgramData\\Tolmar\\Protocol\\ours");
   EXPECT_EQ(service.RemoveData(), "");
   EXPECT_FALSE(std::filesystem::exists(waiting));
+  EXPECT_TRUE(std::filesystem::remove_all(logs.parent_path()));
 }
