@@ -57,7 +57,7 @@ by_clang() {
 
 for lane in "$@"; do
   case "$lane" in
-    product) for_windows tolmarctl tolmarpack TolmarHost TolmarAgentC scriptrunner pwshhost labtrust ;;
+    product) for_windows tolmarctl tolmarpack cloudsim TolmarHost TolmarAgentC scriptrunner pwshhost labtrust ;;
     windows) for_windows ;;
     stop) for_windows stop_bench scriptrunner labtrust ;;
     soak) for_windows soak scriptrunner labtrust ;;

@@ -6,8 +6,8 @@ source scripts/npm.sh
 
 PACKAGES=(ca-certificates cabextract clang clang-format clang-tidy cmake cppcheck curl dpkg-dev g++
   g++-mingw-w64-x86-64-posix gcab git googletest libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libcpp-httplib-dev libfuzzer-14-dev libgcab-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev llvm
-  make ninja-build openssl osslsigncode pkg-config python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
+  libcpp-httplib-dev libfuzzer-14-dev libgcab-dev libgmock-dev jq libgtest-dev libjsoncpp-dev libssl-dev libutfcpp-dev libz-mingw-w64-dev
+  llvm   make ninja-build openssl osslsigncode pkg-config python3-jsonschema python3-yaml shellcheck wine wine64 xz-utils zlib1g-dev)
 ONLY=no
 if [ "${1:-}" = --only ]; then ONLY=yes && PACKAGES=("${@:2}"); else PACKAGES+=("$@"); fi
 DEPS=$BUILD/deps
@@ -38,7 +38,7 @@ install_packages() {
 
 # Source packages come through lists of our own; the system's are not touched.
 fetch_sources() {
-  local lists=$DEPS/apt options sources
+  local lists=$DEPS/apt folder options package sources
   mkdir -p "$lists/parts" "$lists/lists/partial" "$DEPS/src"
   if [ -f /etc/apt/sources.list.d/debian.sources ]; then
     sed 's/^Types:.*/Types: deb-src/' /etc/apt/sources.list.d/debian.sources >"$lists/parts/s.sources"
@@ -49,10 +49,13 @@ fetch_sources() {
     -o "Dir::State::lists=$lists/lists" -o Dir::Cache::pkgcache= -o Dir::Cache::srcpkgcache=
     -o APT::Sandbox::User=root)
   apt-get "${options[@]}" update
-  (cd "$DEPS/src" && apt-get "${options[@]}" source --download-only libjsoncpp)
-  sources=("$DEPS"/src/libjsoncpp_*.dsc)
-  rm -rf "$DEPS/src/jsoncpp"
-  dpkg-source --no-check -x "${sources[-1]}" "$DEPS/src/jsoncpp"
+  for package in libjsoncpp cpp-httplib; do
+    (cd "$DEPS/src" && apt-get "${options[@]}" source --download-only "$package")
+    sources=("$DEPS/src/$package"_*.dsc)
+    folder=$DEPS/src/${package#lib}
+    rm -rf "$folder"
+    dpkg-source --no-check -x "${sources[-1]}" "$folder"
+  done
 }
 
 # cross_build NAME SOURCE OPTIONS...: builds and installs one library into the prefix.
@@ -65,25 +68,26 @@ cross_build() {
   cmake --install "$DEPS/build/$name"
 }
 
-# Of headers alone: CLI11 and utfcpp.
+# Of headers alone: CLI11, utfcpp and cpp-httplib, which Debian has split into a header and a library.
 copy_headers() {
   mkdir -p "$PREFIX/include" "$PREFIX/lib/cmake"
+  cp "$DEPS/src/cpp-httplib/httplib.h" "$PREFIX/include/"
   cp -r /usr/include/CLI /usr/include/utf8cpp "$PREFIX/include/"
   cp -r "$(dirname "$(dpkg -L libcli11-dev | grep CLI11Config.cmake)")" "$PREFIX/lib/cmake/CLI11"
 }
 
 build_libraries() {
   local versions
-  versions=$(dpkg-query -W -f '${Package} ${Version};' g++-mingw-w64-x86-64-posix googletest libcli11-dev libjsoncpp-dev \
-    libutfcpp-dev)
+  versions=$(dpkg-query -W -f '${Package} ${Version};' g++-mingw-w64-x86-64-posix googletest libcli11-dev \
+    libcpp-httplib-dev libjsoncpp-dev libutfcpp-dev)
   is_stamped "$PREFIX/stamp" "$versions" && return 0
   rm -rf "$PREFIX" "$DEPS/build"
-  step "sources of jsoncpp" "$LOGS/sources.log" fetch_sources
+  step "sources of jsoncpp and cpp-httplib" "$LOGS/sources.log" fetch_sources
   step "jsoncpp for Windows" "$LOGS/jsoncpp.log" cross_build jsoncpp "$DEPS/src/jsoncpp" \
     -DBUILD_SHARED_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF -DJSONCPP_WITH_TESTS=OFF \
     -DJSONCPP_WITH_POST_BUILD_UNITTEST=OFF
   step "GoogleTest for Windows" "$LOGS/googletest.log" cross_build googletest /usr/src/googletest
-  step "CLI11 and utfcpp for Windows" "$LOGS/headers.log" copy_headers
+  step "CLI11, utfcpp and cpp-httplib for Windows" "$LOGS/headers.log" copy_headers
   stamp "$PREFIX/stamp" "$versions"
 }
 

@@ -7,7 +7,8 @@ VERSION=$(cat VERSION)
 NAME=TolmarAgent-$VERSION-windows-x64-mingw
 MSI=TolmarHost-$VERSION-x64.msi
 BOM=TolmarAgent-$VERSION.cdx.json
-PROGRAMS=(TolmarAgent.dll TolmarAgentC.dll TolmarReferenceHost.dll TolmarHost.exe tolmarctl.exe tolmarpack.exe)
+PROGRAMS=(TolmarAgent.dll TolmarAgentC.dll TolmarReferenceHost.dll TolmarHost.exe tolmarctl.exe tolmarpack.exe
+  cloudsim.exe)
 export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
 
 # fix FOLDER: nothing in it tells when or by whom it was made.
@@ -43,6 +44,8 @@ libraries() {
   component jsoncpp MIT libjsoncpp-dev 'linked into TolmarAgent.dll, TolmarReferenceHost.dll and the programs'
   component CLI11 BSD-3-Clause libcli11-dev 'headers, in the programs'
   component utfcpp BSL-1.0 libutfcpp-dev 'headers, in TolmarReferenceHost.dll'
+  component cpp-httplib MIT libcpp-httplib-dev 'header, in cloudsim.exe'
+  component zlib Zlib libz-mingw-w64-dev 'linked into cloudsim.exe'
   component libstdc++ 'GPL-3.0-or-later WITH GCC-exception-3.1' g++-mingw-w64-x86-64-posix 'libstdc++-6.dll'
   component libgcc 'GPL-3.0-or-later WITH GCC-exception-3.1' gcc-mingw-w64-x86-64-posix-runtime 'libgcc_s_seh-1.dll'
   component winpthreads 'MIT AND BSD-3-Clause-Clear' mingw-w64-x86-64-dev 'libwinpthread-1.dll, and the start-up code of all'
@@ -54,7 +57,7 @@ programs() {
   for file in "$PACKAGE/$NAME"/bin/*; do
     jq -n --arg name "$(basename "$file")" --arg version "$VERSION" --arg sum "$(sha256sum <"$file" | cut -d ' ' -f 1)" \
       '{type: "file", "bom-ref": $name, name: $name, hashes: [{alg: "SHA-256", content: $sum}]}
-        + if $name | test("^(Tolmar|tolmar)") then {version: $version} else {} end'
+        + if $name | test("^(Tolmar|tolmar|cloudsim)") then {version: $version} else {} end'
   done
 }
 

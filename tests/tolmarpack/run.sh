@@ -58,9 +58,25 @@ verdicts() {
   done
 }
 
+# on_windows: the same package and the same trial by the program for Windows, on the lab's PC.
+on_windows() {
+  local document
+  rm -rf "$LAB_C/lab/pack" "$LAB_C/Program Files/notes" && mkdir -p "$LAB_C/lab/pack" "$FOLDER/new"
+  (cd "$FOLDER/new" && tolmarpack new notes)
+  cd "$LAB_C/lab/pack"
+  lab_wine 60 "$LAB_BIN/tolmarpack.exe" new notes >/dev/null
+  diff -r notes "$FOLDER/new/notes"
+  document=$(lab_wine 120 "$LAB_BIN/tolmarpack.exe" --json test notes) || die "on Windows: $document"
+  jq -e '.phases | all(.good) and ([.[] | select(.phase | test("^detect")) | .outcome] ==
+    ["not installed", "installed", "installed"])' <<<"$document" >/dev/null || die "on Windows: $document"
+  ! ls "$LAB_C"/users/*/Temp/tolmarpack-*/host.json 2>/dev/null || die "the trial has left its folder"
+  cd "$ROOT"
+}
+
 rm -rf "$FOLDER" && mkdir -p "$FOLDER" && cd "$FOLDER"
 walk_through
 failing_package
 cd "$ROOT"
 trap end_in_others_lab EXIT
 verdicts
+on_windows

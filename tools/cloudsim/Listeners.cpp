@@ -1,9 +1,5 @@
 #include "tools/cloudsim/Listeners.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -22,37 +18,16 @@ constexpr int WriteSeconds = 60;
 constexpr int BindAttempts = 8;
 constexpr auto StopPatience = std::chrono::milliseconds(250);
 
-/// A client that sends the head and the body of a request in two pieces may hold the second back
-/// until the first is acknowledged (Wine's WinHTTP does), and the system likes to put that off by
-/// 40 ms: each piece is acknowledged as it comes.
-void AcknowledgeAtOnce(int isWrite, int, int type, const void*, std::size_t, SSL* ssl, void*) {
-  if (isWrite != 0 || type != SSL3_RT_HEADER) return;
-  const int yes = 1;
-  setsockopt(SSL_get_fd(ssl), IPPROTO_TCP, TCP_QUICKACK, &yes, sizeof yes);
-}
-
-std::unique_ptr<httplib::Server> MakeTlsServer(const TlsFiles& tls) {
-  auto server = std::make_unique<httplib::SSLServer>(tls.certificate.c_str(), tls.key.c_str());
-  if (server->is_valid()) SSL_CTX_set_msg_callback(server->ssl_context(), &AcknowledgeAtOnce);
-  return server;
-}
-
 /// The library tells no time, as servers do.
 void TellTime(const httplib::Request&, httplib::Response& response) {
-  const std::time_t now = std::time(nullptr);
-  std::tm utc{};
-  gmtime_r(&now, &utc);
+  const std::tm utc = Utc(std::time(nullptr));
   char text[64];
   std::strftime(text, sizeof text, "%a, %d %b %Y %H:%M:%S GMT", &utc);
   response.set_header("Date", text);
 }
 
 std::unique_ptr<httplib::Server> MakeServer(const TlsFiles& tls) {
-  std::unique_ptr<httplib::Server> server =
-      tls.certificate.empty() ? std::make_unique<httplib::Server>() : MakeTlsServer(tls);
-  if (!server->is_valid()) {
-    throw std::runtime_error("cannot use certificate " + tls.certificate + " with key " + tls.key);
-  }
+  std::unique_ptr<httplib::Server> server = NewServer(tls);
   server->new_task_queue = [] { return new httplib::ThreadPool(MaxConnections); };
   server->set_keep_alive_max_count(1'000'000);
   server->set_keep_alive_timeout(KeepAliveSeconds);
@@ -65,18 +40,16 @@ std::unique_ptr<httplib::Server> MakeServer(const TlsFiles& tls) {
 
 /// Binds `server`. @param port in, 0 for a free one. @return the port, -1 on failure.
 int Bind(httplib::Server& server, const char* address, int port) {
-  int listening = -1;
-  server.set_socket_options([&listening](int socket) {
-    // Not SO_REUSEPORT, the default, with which a second simulator would share the port.
-    const int yes = 1;
-    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  socket_t listening = INVALID_SOCKET;
+  server.set_socket_options([&listening](socket_t socket) {
+    KeepPort(socket);
     listening = socket;
   });
   const int bound = port == 0                            ? server.bind_to_any_port(address)
                     : server.bind_to_port(address, port) ? port
                                                          : -1;
   server.set_socket_options({});
-  // The server has called listen with a backlog of 5; calling it again widens the queue.
+  // The server has called listen with a backlog of 5; calling it again widens the queue, natively.
   if (bound > 0) ::listen(listening, Backlog);
   return bound;
 }

@@ -7,13 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace cloudsim {
+#include "tools/cloudsim/Platform.h"
 
-/// Certificate and key for https, as PEM files; empty for http.
-struct TlsFiles {
-  std::string certificate;
-  std::string key;
-};
+namespace cloudsim {
 
 /// The servers on 127.0.0.1 and, where the machine has it, ::1, on one port.
 class Listeners {

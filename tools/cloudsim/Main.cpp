@@ -1,4 +1,3 @@
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -63,18 +62,8 @@ void Announce(const Options& options, const std::string& base, int port,
   std::fflush(stdout);
 }
 
-/// Blocks the signals that end the program, for this thread and those that it starts.
-sigset_t BlockEndSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  sigaddset(&signals, SIGINT);
-  sigaddset(&signals, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  return signals;
-}
-
 void Serve(const Options& options, Offer offer) {
-  const sigset_t signals = BlockEndSignals();
+  EndWatch end;
   Listeners listeners(options.tls, options.port);
   const std::string scheme = options.tls.certificate.empty() ? "http" : "https";
   const std::string base = scheme + "://localhost:" + std::to_string(listeners.Port());
@@ -92,8 +81,7 @@ void Serve(const Options& options, Offer offer) {
   Announce(options, base, listeners.Port(), console);
   listeners.Start();
   if (console) console->Start();
-  int received = 0;
-  sigwait(&signals, &received);
+  end.Wait();
   service.Stop();
   // Threads that sit on idle connections hold nothing that needs an orderly end.
   const bool hasEnded = !console || console->Stop();

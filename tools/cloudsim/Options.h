@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "tools/cloudsim/Listeners.h"
+#include "tools/cloudsim/Platform.h"
 
 namespace cloudsim {
 

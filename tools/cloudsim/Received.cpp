@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <ctime>
 #include <string_view>
 #include <utility>
 
+#include "reference_host/log/LogRecord.h"
 #include "tools/cloudsim/JsonNode.h"
 
 namespace cloudsim {
@@ -18,15 +17,8 @@ constexpr std::size_t MaxBytes = 64u << 20;
 /// The current time as in 2031-05-01T12:30:00.250Z.
 std::string TimeText() {
   using std::chrono::milliseconds;
-  const auto now = std::chrono::system_clock::now();
-  const auto millis = std::chrono::duration_cast<milliseconds>(now.time_since_epoch()).count();
-  const std::time_t seconds = static_cast<std::time_t>(millis / 1000);
-  std::tm parts{};
-  gmtime_r(&seconds, &parts);
-  char text[32];
-  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-  std::snprintf(text + length, sizeof text - length, ".%03dZ", static_cast<int>(millis % 1000));
-  return text;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return refhost::ComposeLogTime(std::chrono::duration_cast<milliseconds>(now).count());
 }
 
 Json::Value ToJson(Exchange& exchange, std::uint64_t number) {

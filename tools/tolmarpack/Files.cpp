@@ -1,9 +1,12 @@
 #include "tools/tolmarpack/Files.h"
 
+#include <chrono>
 #include <fstream>
 #include <random>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
+#include <vector>
 
 #include "tools/tolmarpack/Program.h"
 
@@ -59,9 +62,33 @@ TemporaryFolder::TemporaryFolder() {
   } while (!fs::create_directory(_path));
 }
 
+namespace {
+
+/// Once over all of it: the library's `remove_all` (GCC 12, Windows) goes over what somebody has
+/// open again and again, without end.
+bool Remove(const fs::path& path) {
+  std::error_code fault;
+  if (fs::is_directory(fs::symlink_status(path, fault))) {
+    std::vector<fs::path> entries;
+    fs::directory_iterator entry(path, fault);
+    for (; !fault && entry != fs::directory_iterator(); entry.increment(fault)) {
+      entries.push_back(entry->path());
+    }
+    for (const fs::path& inner : entries) Remove(inner);
+  }
+  fs::remove(path, fault);
+  return !fault;
+}
+
+}  // namespace
+
+/// What a program has left running may have a file open for a moment more; packages nest deeply.
 TemporaryFolder::~TemporaryFolder() {
-  std::error_code unused;
-  fs::remove_all(_path, unused);
+  constexpr int Attempts = 20;
+  constexpr std::chrono::milliseconds Pause(50);
+  constexpr bool IsWindows = fs::path::preferred_separator != '/';
+  const fs::path folder = IsWindows ? fs::path(L"\\\\?\\") += _path : _path;
+  for (int i = 0; i < Attempts && !Remove(folder); ++i) std::this_thread::sleep_for(Pause);
 }
 
 std::string RandomText(unsigned int count) {
