@@ -13,7 +13,7 @@ sources() {
   local folders
   folders=$(IFS='|' && echo "${PRODUCT[*]}")
   jq -r --arg root "$ROOT/" '.[].file | ltrimstr($root)' "$BUILD/$1/compile_commands.json" |
-    grep -E "^($folders)/" | sort -u
+    grep -E "^($folders)/.*\.(c|cpp)$" | sort -u
 }
 
 # keyed: each source with a key over all that it reads before it.
